@@ -1,0 +1,27 @@
+# kolt_add_test(<target> SOURCES <src>... [LIBS <lib>...] [LABELS <label>...] [TIMEOUT <seconds>] [SERIAL] [XVFB])
+#
+# One GoogleTest program; each of its tests becomes a ctest entry. XVFB runs it under its own virtual display.
+# SERIAL keeps its tests from running beside others (for what needs the machine's cores or ports to itself).
+# The working folder is the build folder of the test; pictures that a test keeps go to $KOLT_TEST_OUT
+# (build/<preset>/test-out).
+function(kolt_add_test target)
+  cmake_parse_arguments(ARG "SERIAL;XVFB" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  add_executable(${target} ${ARG_SOURCES})
+  target_link_libraries(${target} PRIVATE kolt_options_base ${ARG_LIBS} GTest::gmock GTest::gtest GTest::gtest_main)
+  target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+  target_compile_definitions(${target} PRIVATE
+    KOLT_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+    KOLT_BIN_DIR="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+  set(properties TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}"
+      ENVIRONMENT "KOLT_TEST_OUT=${CMAKE_BINARY_DIR}/test-out")
+  if(ARG_SERIAL)
+    list(APPEND properties RUN_SERIAL TRUE)
+  endif()
+  if(ARG_XVFB)
+    set_property(TARGET ${target} PROPERTY CROSSCOMPILING_EMULATOR "${PROJECT_SOURCE_DIR}/scripts/with-xvfb")
+  endif()
+  gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+endfunction()
