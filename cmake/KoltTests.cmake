@@ -1,11 +1,11 @@
-# kolt_add_test(<target> SOURCES <src>... [LIBS <lib>...] [LABELS <label>...] [TIMEOUT <seconds>] [SERIAL] [XVFB])
+# kolt_add_test(<target> SOURCES <src>... [LIBS <lib>...] [LABEL <label>] [TIMEOUT <seconds>] [SERIAL] [XVFB])
 #
 # One GoogleTest program; each of its tests becomes a ctest entry. XVFB runs it under its own virtual display.
 # SERIAL keeps its tests from running beside others (for what needs the machine's cores or ports to itself).
 # The working folder is the build folder of the test; pictures that a test keeps go to $KOLT_TEST_OUT
 # (build/<preset>/test-out).
 function(kolt_add_test target)
-  cmake_parse_arguments(ARG "SERIAL;XVFB" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "SERIAL;XVFB" "TIMEOUT;LABEL;LABELS" "SOURCES;LIBS" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
@@ -15,7 +15,7 @@ function(kolt_add_test target)
   target_compile_definitions(${target} PRIVATE
     KOLT_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     KOLT_BIN_DIR="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
-  set(properties TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}"
+  set(properties TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABEL}${ARG_LABELS}"
       ENVIRONMENT "KOLT_TEST_OUT=${CMAKE_BINARY_DIR}/test-out")
   if(ARG_SERIAL)
     list(APPEND properties RUN_SERIAL TRUE)

@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <ostream>
 
 extern "C" void boundary_c_fill(_OV_CC_DEVICE_INFO_* device, tagVRRotation* rotation);
 
@@ -44,6 +45,10 @@ struct PixelRow {
     uint32_t media;
     uint32_t number;
 };
+
+void PrintTo(const PixelRow& row, std::ostream* out) {
+    *out << std::hex << row.code;
+}
 
 class PixelCodes : public testing::TestWithParam<PixelRow> {};
 
