@@ -4,6 +4,7 @@
 #ifndef KOLT_CAMERA_CONTROL_GVCP_CLIENT_H
 #define KOLT_CAMERA_CONTROL_GVCP_CLIENT_H
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -62,6 +63,7 @@ private:
     Wait awaitAnswer(const Expectation& expected, Acknowledge& out,
                      std::chrono::steady_clock::time_point deadline,
                      std::chrono::steady_clock::time_point pendingDeadline);
+    bool accept(std::size_t length, const UdpOrigin& origin, const Expectation& expected, Acknowledge& out);
     std::uint16_t nextRequestId();
 
     GvcpPeer peer_;
@@ -69,6 +71,7 @@ private:
     UdpSocket socket_;
     std::uint32_t status_;
     int cancelFd_ = -1;
+    unsigned interfaceIndex_ = 0;
     std::uint16_t requestId_;
     DropCounters dropped_;
     std::array<std::uint8_t, 2048> buffer_{};

@@ -44,8 +44,7 @@ public:
     int send(const std::uint8_t* data, std::size_t length, std::uint32_t ip, std::uint16_t port,
              std::uint32_t sourceIp = 0, unsigned interfaceIndex = 0);
 
-    // The true length of one datagram, of which at most capacity bytes are stored; -1 when none is
-    // there.
+    // The true length of one datagram, of which at most capacity bytes are stored; -1 when none is there.
     long receive(std::uint8_t* data, std::size_t capacity, UdpOrigin& origin);
 
     // Takes one queued ICMP error: true when there was one, with the address that had been sent to.
