@@ -1,5 +1,6 @@
 #include "support/NetworkNamespace.h"
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <exception>
@@ -22,7 +23,9 @@ namespace kolt::test {
 
 namespace {
 
-[[noreturn]] void fail(const std::string& what) { throw std::system_error(errno, std::generic_category(), what); }
+[[noreturn]] void fail(const std::string& what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
 
 int openOwnNamespace() {
     const int fd = ::open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);
@@ -132,8 +135,14 @@ std::string NetworkNamespace::path() const {
 }
 
 void NetworkNamespace::cable(const NetworkNamespace& a, const std::string& nameA, const std::string& addressA,
-                             const NetworkNamespace& b, const std::string& nameB, const std::string& addressB) {
-    a.ip("link add " + nameA + " type veth peer name " + nameB + " netns " + b.path());
+                             const NetworkNamespace& b, const std::string& nameB,
+                             const std::string& addressB) {
+    // The kernel reports a link at once only where the two ends have different numbers, else within a second;
+    // two new namespaces count from the same number.
+    static std::atomic<int> next{100};
+    const int index = next.fetch_add(2);
+    a.ip("link add " + nameA + " index " + std::to_string(index) + " type veth peer name " + nameB +
+         " index " + std::to_string(index + 1) + " netns " + b.path());
     const auto raise = [](const NetworkNamespace& side, const std::string& name, const std::string& address) {
         if (!address.empty())
             side.ip("address add " + address + " broadcast + dev " + name);
@@ -145,7 +154,9 @@ void NetworkNamespace::cable(const NetworkNamespace& a, const std::string& nameA
     b.call([&] { awaitLink(nameB); });
 }
 
-NamespaceScope::NamespaceScope(const NetworkNamespace& target) : home_(openOwnNamespace()) { enter(target.fd_); }
+NamespaceScope::NamespaceScope(const NetworkNamespace& target) : home_(openOwnNamespace()) {
+    enter(target.fd_);
+}
 
 NamespaceScope::~NamespaceScope() {
     // Staying in a foreign network would make every later test wrong.

@@ -91,8 +91,10 @@ void append32(Bytes& bytes, std::uint32_t value) {
 
 ScriptedCamera::ScriptedCamera(const std::string& address, std::uint16_t port, Script script,
                                const std::string& interfaceName)
-    : fd_(udpSocket(address, port, interfaceName)), foreignFd_(udpSocket(address, 0, interfaceName)),
-      stopFd_(::eventfd(0, EFD_CLOEXEC)), script_(std::move(script)) {
+    : fd_(udpSocket(address, port, interfaceName))
+    , foreignFd_(udpSocket(address, 0, interfaceName))
+    , stopFd_(::eventfd(0, EFD_CLOEXEC))
+    , script_(std::move(script)) {
     sockaddr_in local{};
     socklen_t size = sizeof local;
     ::getsockname(fd_, reinterpret_cast<sockaddr*>(&local), &size);
@@ -136,9 +138,14 @@ void ScriptedCamera::serve() {
         }
         if (broadcast_)
             peer.sin_addr.s_addr = INADDR_BROADCAST;
-        for (const Bytes& answer : script_(request))
+        bool first = true;
+        for (const Bytes& answer : script_(request)) {
+            if (!first && pauseMs_ > 0 && ::poll(&watched[1], 1, static_cast<int>(pauseMs_)) != 0)
+                return;
+            first = false;
             ::sendto(foreign_ ? foreignFd_ : fd_, answer.data(), answer.size(), 0,
                      reinterpret_cast<const sockaddr*>(&peer), size);
+        }
     }
 }
 

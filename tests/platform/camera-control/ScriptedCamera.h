@@ -1,5 +1,5 @@
-// A GVCP peer that a test scripts byte by byte, for what no well-behaved camera does. It shares no code with the
-// client under test and serves one UDP address on a thread of its own.
+// A GVCP peer that a test scripts byte by byte, for what no well-behaved camera does. It shares no code with
+// the client under test and serves one UDP address on a thread of its own.
 #ifndef KOLT_TESTS_SCRIPTED_CAMERA_H
 #define KOLT_TESTS_SCRIPTED_CAMERA_H
 
@@ -46,8 +46,8 @@ public:
     // What to send back for a datagram, each element a datagram of its own.
     using Script = std::function<std::vector<Bytes>(const Bytes& request)>;
 
-    // Listens at address:port in the namespace of the calling thread. "0.0.0.0" also hears broadcasts; interfaceName
-    // confines it to one card. Port 0: any free one.
+    // Listens at address:port in the namespace of the calling thread. "0.0.0.0" also hears broadcasts;
+    // interfaceName confines it to one card. Port 0: any free one.
     ScriptedCamera(const std::string& address, std::uint16_t port, Script script,
                    const std::string& interfaceName = "");
     ~ScriptedCamera();
@@ -63,9 +63,13 @@ public:
     // Answers go to 255.255.255.255 instead of back to the asker.
     void answerByBroadcast(bool on) { broadcast_ = on; }
 
-    // An obedient camera: discovery, registers from the map (others give "invalid address"), memory from the map of
-    // blocks.
-    static Script obedient(const ScriptedIdentity& identity, std::map<std::uint32_t, std::uint32_t> registers = {},
+    // Time between the answers to one request.
+    void pauseBetweenAnswers(unsigned milliseconds) { pauseMs_ = milliseconds; }
+
+    // An obedient camera: discovery, registers from the map (others give "invalid address"), memory from the
+    // map of blocks.
+    static Script obedient(const ScriptedIdentity& identity,
+                           std::map<std::uint32_t, std::uint32_t> registers = {},
                            std::map<std::uint32_t, Bytes> memory = {});
 
 private:
@@ -77,6 +81,7 @@ private:
     std::uint16_t port_ = 0;
     Script script_;
     std::atomic<unsigned> received_{0};
+    std::atomic<unsigned> pauseMs_{0};
     std::atomic<bool> foreign_{false};
     std::atomic<bool> broadcast_{false};
     mutable std::mutex mutex_; // guards perCommand_
