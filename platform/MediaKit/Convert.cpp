@@ -180,9 +180,15 @@ private:
         LoadTo(row + 2);
         const std::uint8_t* const rows[5] = {lines_.Raw(row - 2), lines_.Raw(row - 1), lines_.Raw(row),
                                              lines_.Raw(row + 1), lines_.Raw(row + 2)};
-        std::uint8_t* green = lines_.Green(row);
-        kernels_.green[static_cast<std::size_t>(KindOf(row)) & 1U](rows, green, picture_.width);
-        FillMargins(green, picture_.width);
+        const GreenLine line = lines_.Green(row);
+        const std::size_t greenFirst = static_cast<std::size_t>(KindOf(row)) & 1U;
+        kernels_.green[greenFirst](rows, line, picture_.width);
+        const std::ptrdiff_t sites =
+            (static_cast<std::ptrdiff_t>(picture_.width) + (greenFirst == 0 ? 1 : 0)) / 2;
+        line.green[-1] = line.green[0];
+        line.green[sites] = line.green[sites - 1];
+        line.difference[-1] = line.difference[0];
+        line.difference[sites] = line.difference[sites - 1];
     }
 
     void ConvertHamilton(std::uint32_t first, std::uint32_t end) {
@@ -191,12 +197,10 @@ private:
         MakeGreen(first);
         for (std::ptrdiff_t row = first; row < static_cast<std::ptrdiff_t>(end); ++row) {
             MakeGreen(row + 1);
-            const std::uint8_t* const rows[3] = {lines_.Raw(row - 1), lines_.Raw(row), lines_.Raw(row + 1)};
-            const std::uint8_t* const green[3] = {lines_.Green(row - 1), lines_.Green(row),
-                                                  lines_.Green(row + 1)};
+            const GreenLine lines[3] = {lines_.Green(row - 1), lines_.Green(row), lines_.Green(row + 1)};
             const auto kind = static_cast<std::size_t>(KindOf(row));
-            kernels_.colour[layout_][kind](rows, green, Destination(static_cast<std::uint32_t>(row)),
-                                           picture_.width);
+            kernels_.colour[layout_][kind](lines_.Raw(row), lines,
+                                           Destination(static_cast<std::uint32_t>(row)), picture_.width);
         }
     }
 

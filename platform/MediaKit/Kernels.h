@@ -28,6 +28,16 @@ constexpr std::size_t BytesOf(Layout layout) {
  */
 constexpr std::size_t kLineMargin = 64;
 
+/*
+ * What the first pass of Hamilton-Adams finds in a row, at its red or blue sites only: the first such site is
+ * element 0, the next (two pixels on) element 1. Elements -1 and the one after the last hold the values of
+ * their neighbours.
+ */
+struct GreenLine {
+    std::uint16_t* green;      // interpolated, 0 to 255
+    std::uint16_t* difference; // the site's own sample less green, plus 256
+};
+
 /* Reads exactly the bytes of its pixels and writes exactly theirs; neither need be aligned. They don't
  * overlap. */
 using PixelRow = void (*)(const std::uint8_t* source, std::uint8_t* destination, std::size_t pixels);
@@ -37,11 +47,11 @@ using NearestRow = void (*)(const std::uint8_t* own, const std::uint8_t* other, 
                             std::size_t pixels);
 /* rows[0..2]: the rows above, at and below. */
 using BilinearRow = void (*)(const std::uint8_t* const* rows, std::uint8_t* destination, std::size_t pixels);
-/* rows[0..4]: two above, the row, two below; green: a line with margins. */
-using GreenRow = void (*)(const std::uint8_t* const* rows, std::uint8_t* green, std::size_t pixels);
-/* rows[0..2] and green[0..2]: above, at, below. */
-using ColourRow = void (*)(const std::uint8_t* const* rows, const std::uint8_t* const* green,
-                           std::uint8_t* destination, std::size_t pixels);
+/* rows[0..4]: two above, the row, two below. */
+using GreenRow = void (*)(const std::uint8_t* const* rows, const GreenLine& line, std::size_t pixels);
+/* lines[0..2]: the green lines of the rows above, at and below. */
+using ColourRow = void (*)(const std::uint8_t* own, const GreenLine* lines, std::uint8_t* destination,
+                           std::size_t pixels);
 
 /*
  * The row kernels of one instruction set. All sets give the same bytes. Kernels keep no state and may run on

@@ -156,66 +156,65 @@ void Bilinear(const std::uint8_t* const* rows, std::uint8_t* destination, std::s
     }
 }
 
-template<std::size_t GreenSite>
-void Green(const std::uint8_t* const* rows, std::uint8_t* green, std::size_t pixels) {
+/* First: the column of the first red or blue site. */
+template<std::ptrdiff_t First>
+void Green(const std::uint8_t* const* rows, const GreenLine& line, std::size_t pixels) {
     const std::uint8_t* const own = rows[2];
-    for (std::ptrdiff_t i = 0; i < static_cast<std::ptrdiff_t>(pixels); ++i) {
-        if ((static_cast<std::size_t>(i) & 1U) != GreenSite) {
-            const int left = own[i - 1];
-            const int right = own[i + 1];
-            const int up = rows[1][i];
-            const int down = rows[3][i];
-            const int bendAcross = 2 * own[i] - own[i - 2] - own[i + 2];
-            const int bendDown = 2 * own[i] - rows[0][i] - rows[4][i];
-            const int slopeAcross = std::abs(left - right) + std::abs(bendAcross);
-            const int slopeDown = std::abs(up - down) + std::abs(bendDown);
-            const int across = 2 * (left + right) + bendAcross;
-            const int downwards = 2 * (up + down) + bendDown;
-            if (slopeAcross < slopeDown) {
-                green[i] = Clamp((across + 2) >> 2);
-            } else if (slopeDown < slopeAcross) {
-                green[i] = Clamp((downwards + 2) >> 2);
-            } else {
-                green[i] = Clamp((across + downwards + 4) >> 3);
-            }
-        } else {
-            green[i] = own[i];
-        }
+    std::size_t site = 0;
+    for (std::ptrdiff_t i = First; i < static_cast<std::ptrdiff_t>(pixels); i += 2, ++site) {
+        const int left = own[i - 1];
+        const int right = own[i + 1];
+        const int up = rows[1][i];
+        const int down = rows[3][i];
+        const int bendAcross = 2 * own[i] - own[i - 2] - own[i + 2];
+        const int bendDown = 2 * own[i] - rows[0][i] - rows[4][i];
+        const int slopeAcross = std::abs(left - right) + std::abs(bendAcross);
+        const int slopeDown = std::abs(up - down) + std::abs(bendDown);
+        const int across = 2 * (left + right) + bendAcross;
+        const int downwards = 2 * (up + down) + bendDown;
+        // Twice the better one, or both where neither is.
+        const int sum =
+            (slopeAcross <= slopeDown ? across : downwards) + (slopeDown <= slopeAcross ? downwards : across);
+        const std::uint8_t green = Clamp((sum + 4) >> 3);
+        line.green[site] = green;
+        line.difference[site] = static_cast<std::uint16_t>(own[i] - green + 256);
     }
 }
 
-/* The colour between two sites that have it, from its difference to green. */
-std::uint8_t Between(int green, int a, int greenA, int b, int greenB) {
-    return Clamp((2 * green + a - greenA + b - greenB + 1) >> 1);
-}
-
 template<Layout L, BayerRow R>
-void Colour(const std::uint8_t* const* rows, const std::uint8_t* const* green, std::uint8_t* destination,
-            std::size_t pixels) {
-    constexpr std::size_t kGreen = R == BayerRow::GreenRed || R == BayerRow::GreenBlue ? 0 : 1;
-    const std::uint8_t* const own = rows[1];
-    const std::uint8_t* const up = rows[0];
-    const std::uint8_t* const down = rows[2];
+void Colour(const std::uint8_t* own, const GreenLine* lines, std::uint8_t* destination, std::size_t pixels) {
+    constexpr std::ptrdiff_t kFirst = R == BayerRow::GreenRed || R == BayerRow::GreenBlue ? 1 : 0;
+    const GreenLine up = lines[0];
+    const GreenLine at = lines[1];
+    const GreenLine down = lines[2];
+    const auto sample = [](const GreenLine& line, std::ptrdiff_t site) {
+        return line.green[site] + line.difference[site];
+    };
     for (std::ptrdiff_t i = 0; i < static_cast<std::ptrdiff_t>(pixels); ++i) {
-        const std::uint8_t g = green[1][i];
-        if ((static_cast<std::size_t>(i) & 1U) == kGreen) {
-            destination = StoreBayer<L, R>(
-                destination, Between(g, own[i - 1], green[1][i - 1], own[i + 1], green[1][i + 1]), g,
-                Between(g, up[i], green[0][i], down[i], green[2][i]));
+        const std::ptrdiff_t same = i / 2;
+        if ((i & 1) != kFirst) {
+            // A green site: the own row's colour left and right, the other one above and below.
+            const std::ptrdiff_t right = (i + 1 - kFirst) / 2;
+            const int beside = (at.difference[right - 1] + at.difference[right] + 1) >> 1;
+            const int above = (up.difference[same] + down.difference[same] + 1) >> 1;
+            destination = StoreBayer<L, R>(destination, Clamp(own[i] + beside - 256), own[i],
+                                           Clamp(own[i] + above - 256));
             continue;
         }
-        const std::uint8_t* const above = green[0];
-        const std::uint8_t* const below = green[2];
-        const int slopeFalling =
-            std::abs(up[i - 1] - down[i + 1]) + std::abs(2 * g - above[i - 1] - below[i + 1]);
-        const int slopeRising =
-            std::abs(up[i + 1] - down[i - 1]) + std::abs(2 * g - above[i + 1] - below[i - 1]);
-        const int falling = 2 * g + up[i - 1] - above[i - 1] + down[i + 1] - below[i + 1];
-        const int rising = 2 * g + up[i + 1] - above[i + 1] + down[i - 1] - below[i - 1];
-        const std::uint8_t other = slopeFalling < slopeRising   ? Clamp((falling + 1) >> 1)
-                                   : slopeRising < slopeFalling ? Clamp((rising + 1) >> 1)
-                                                                : Clamp((falling + rising + 2) >> 2);
-        destination = StoreBayer<L, R>(destination, own[i], g, other);
+        // The other colour stands at the four corners.
+        const std::ptrdiff_t before = same - 1 + kFirst;
+        const std::ptrdiff_t after = before + 1;
+        const int green = at.green[same];
+        const int slopeFalling = std::abs(sample(up, before) - sample(down, after)) +
+                                 std::abs(2 * green - up.green[before] - down.green[after]);
+        const int slopeRising = std::abs(sample(up, after) - sample(down, before)) +
+                                std::abs(2 * green - up.green[after] - down.green[before]);
+        const int falling = up.difference[before] + down.difference[after];
+        const int rising = up.difference[after] + down.difference[before];
+        const int sum = (slopeFalling <= slopeRising ? falling : rising) +
+                        (slopeRising <= slopeFalling ? rising : falling);
+        destination = StoreBayer<L, R>(destination, own[i], static_cast<std::uint8_t>(green),
+                                       Clamp(green + ((sum + 2) >> 2) - 256));
     }
 }
 
@@ -247,8 +246,8 @@ Kernels MakePlainKernels() {
     kernels.words10 = Words<2>;
     kernels.words12 = Words<4>;
     kernels.triples = Triples;
-    kernels.green[0] = Green<1>;
-    kernels.green[1] = Green<0>;
+    kernels.green[0] = Green<0>;
+    kernels.green[1] = Green<1>;
     FillLayout<Layout::Grey>(kernels);
     FillLayout<Layout::Rgb>(kernels);
     FillLayout<Layout::Bgr>(kernels);

@@ -18,13 +18,14 @@ std::uint8_t* AlignedBuffer::Reserve(std::size_t size) {
 }
 
 void LineBuffers::Prepare(std::size_t width) {
-    // A kernel may work on whole vectors: a line is a multiple of 64 and has a margin on each side. One more
-    // cache line keeps rows whose pitch would be a large power of two from falling into the same cache sets.
+    // A kernel may work on whole vectors: a line is a multiple of 64 and has a margin on each side. Green
+    // lines have half as many elements of twice the size. One more cache line keeps rows whose pitch would be
+    // a large power of two from falling into the same cache sets.
     std::size_t pitch = (width + 63) / 64 * 64 + 2 * kLineMargin;
     if (pitch % 512 == 0) {
         pitch += 64;
     }
-    buffer_.Reserve(pitch * 2 * kLines);
+    buffer_.Reserve(pitch * 3 * kLines);
     pitch_ = pitch;
 }
 

@@ -22,7 +22,10 @@ public:
     void Prepare(std::size_t width);
 
     std::uint8_t* Raw(std::ptrdiff_t row) { return Line(Slot(row)); }
-    std::uint8_t* Green(std::ptrdiff_t row) { return Line(kLines + Slot(row)); }
+    GreenLine Green(std::ptrdiff_t row) {
+        return {reinterpret_cast<std::uint16_t*>(Line(kLines + Slot(row))),
+                reinterpret_cast<std::uint16_t*>(Line(2 * kLines + Slot(row)))};
+    }
 
 private:
     static std::size_t Slot(std::ptrdiff_t row) {
