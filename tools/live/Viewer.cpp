@@ -1,0 +1,75 @@
+#include "Viewer.h"
+
+#include "PictureFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace live {
+
+std::unique_ptr<Viewer> Viewer::Open(PictureMaker& maker, uint32_t engine, uint32_t displayRate,
+                                     std::string& error) {
+    auto window = Window::Open({960, 600}, error);
+    if (!window)
+        return nullptr;
+    window->SetTitle("kolt_live");
+    return std::unique_ptr<Viewer>(new Viewer(maker, std::move(window), engine, displayRate));
+}
+
+Viewer::Viewer(PictureMaker& maker, std::unique_ptr<Window> window, uint32_t engine, uint32_t displayRate)
+    : maker_(maker)
+    , window_(std::move(window))
+    , screen_(*window_, engine)
+    , period_(std::chrono::nanoseconds(std::chrono::seconds(1)) / displayRate) {}
+
+bool Viewer::Look() {
+    const WindowEvents events = window_->Look();
+    if (events.turns != 0)
+        screen_.Turn(events.turns);
+    else if (events.resized || events.uncovered)
+        screen_.Refresh();
+    return events.close;
+}
+
+void Viewer::TakeShape(const Picture& picture) {
+    if (hasShape_)
+        return;
+    hasShape_ = true;
+    window_->Resize(FirstSize({picture.width, picture.height}, window_->ScreenSize()));
+}
+
+std::string Viewer::Draw(Frame& frame, Time now) {
+    // Keeps the beat of the display rate; after a pause it starts from now.
+    nextDraw_ = std::max(nextDraw_ + period_, now);
+    format_ = std::to_string(frame.info.width) + "x" + std::to_string(frame.info.height) + " " +
+              PixelFormatName(frame.info.pixelFormat);
+    Picture picture;
+    Failure failure = maker_.Make(frame, picture);
+    if (failure)
+        return Describe(failure) + "\n  the camera sends " + format_;
+    TakeShape(picture);
+    failure = screen_.Show(picture);
+    if (failure)
+        return Describe(failure);
+    ++drawn_;
+    return {};
+}
+
+void Viewer::SetTitle(const std::string& camera, const Rates& rates, const Sample& sample) {
+    std::array<char, 96> figures{};
+    std::snprintf(figures.data(), figures.size(), "%.1f fps - %.1f MB/s - lost %lld", rates.frames,
+                  rates.megabytes,
+                  static_cast<long long>(sample.transport ? sample.transport->lostPackets : 0));
+    window_->SetTitle("kolt_live - " + camera + (format_.empty() ? "" : " - " + format_) + " - " +
+                      figures.data());
+}
+
+std::string Viewer::Screenshot(const std::string& path) {
+    std::vector<uint8_t> memory;
+    Picture picture;
+    const std::string error = window_->ReadBack(memory, picture);
+    return error.empty() ? SavePicture(path, picture) : error;
+}
+
+} // namespace live
