@@ -59,8 +59,9 @@ private:
 //
 // Language, strongest binding first (as in C, except for '=' and '**'):
 //   ( )   name   number (decimal, 0x, fraction, exponent)   FUNCTION(x)
-//   **    to the right: 2 ** 3 ** 2 = 512, -2 ** 2 = -4
-//   - + ~ !  as a sign          * / %          + -          << >>          < > <= >=          = <> (== !=)
+//   - + ~ !  as a sign
+//   **    to the right: 2 ** 3 ** 2 = 512; but -2 ** 2 = 4
+//   * / %          + -          << >>          < > <= >=          = <> (== !=)
 //   &          ^          |          &&          ||          ? :  to the right
 // && || ?: evaluate only the side they need, so "X = 0 ? 0 : 100 / X" is safe.
 // Functions: SGN NEG ABS SQRT TRUNC FLOOR CEIL ROUND(x) ROUND(x, digits) SIN COS TAN ASIN ACOS ATAN ATAN2(y,

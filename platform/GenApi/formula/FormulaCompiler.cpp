@@ -210,7 +210,7 @@ FormulaCompiler::Operand FormulaCompiler::Unify(Operand operand, Type other) {
 
 // Operators at least that strong, those of equal strength from the left.
 FormulaCompiler::Operand FormulaCompiler::Binary(int strength) {
-    Operand left = Sign();
+    Operand left = Power();
     for (;;) {
         const BinaryOperator* op = FindBinary(m_token.kind);
         if (op == nullptr || op->strength < strength) {
@@ -270,19 +270,20 @@ FormulaCompiler::Operand FormulaCompiler::Sign() {
         return result;
     }
     default:
-        return PowerOrPrimary();
+        return Primary();
     }
 }
 
-// Binds stronger than a sign before it, weaker than one after it: -2 ** -2 is -(2 ** (-2)).
-FormulaCompiler::Operand FormulaCompiler::PowerOrPrimary() {
-    const Operand base = Primary();
+// To the right: 2 ** 3 ** 2 is 2 ** (3 ** 2).
+FormulaCompiler::Operand FormulaCompiler::Power() {
+    const Operand base = Sign();
     if (m_token.kind != Token::Power) {
         return base;
     }
+    const Nested nested(*this);
     const std::size_t position = m_token.position;
     Advance();
-    const Operand exponent = Sign();
+    const Operand exponent = Power();
     static constexpr BinaryOperator kPower = {Token::Power, 0, Rule::Arithmetic, FormulaOp::PowI,
                                               FormulaOp::PowF};
     return Combine(kPower, base, exponent, position);

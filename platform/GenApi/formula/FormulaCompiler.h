@@ -41,8 +41,8 @@ private:
     Operand Unify(Operand operand, Type other);
     Operand Binary(int strength);
     Operand Logical(Operand left, const BinaryOperator& op);
+    Operand Power();
     Operand Sign();
-    Operand PowerOrPrimary();
     Operand Primary();
     Operand Named(const FormulaToken& name);
     Operand Call(const FormulaToken& name);

@@ -31,10 +31,12 @@ INSTANTIATE_TEST_SUITE_P(
         IntegerRow{"PlusUnderTimes", "1 + 2 * 3", 7}, IntegerRow{"PlusUnderTimesLeft", "2 * 3 + 1", 7},
         IntegerRow{"MinusUnderDivide", "9 - 6 / 3", 7}, IntegerRow{"PlusUnderRemainder", "5 + 5 % 3", 7},
         IntegerRow{"TimesUnderPower", "2 * 3 ** 2", 18}, IntegerRow{"PowerUnderTimesRight", "2 ** 3 * 2", 16},
-        IntegerRow{"SignUnderPower", "-2 ** 2", -4}, IntegerRow{"NotUnderPower", "~2 ** 2", -5},
-        IntegerRow{"SignInExponent", "2 ** -1 + 1", 1}, IntegerRow{"SignOverTimes", "-2 * -3", 6},
-        IntegerRow{"NotOverPlus", "~1 + 1", -1}, IntegerRow{"LogicalNotOverPlus", "!0 + 1", 2},
-        IntegerRow{"Brackets", "(1 + 2) * 3", 9}, IntegerRow{"BracketsInBrackets", "((1 + (2)) * (3))", 9}),
+        IntegerRow{"SignOverPower", "-2 ** 2", 4}, IntegerRow{"NotOverPower", "~2 ** 2", 9},
+        IntegerRow{"SignOverPowerOfVariable", "-A ** 2", 9, 3},
+        IntegerRow{"SignAfterPower", "2 ** -1 ** 2", 2}, IntegerRow{"SignInExponent", "2 ** -1 + 1", 1},
+        IntegerRow{"SignOverTimes", "-2 * -3", 6}, IntegerRow{"NotOverPlus", "~1 + 1", -1},
+        IntegerRow{"LogicalNotOverPlus", "!0 + 1", 2}, IntegerRow{"Brackets", "(1 + 2) * 3", 9},
+        IntegerRow{"BracketsInBrackets", "((1 + (2)) * (3))", 9}),
     formula_table::RowName<IntegerRow>);
 
 INSTANTIATE_TEST_SUITE_P(
