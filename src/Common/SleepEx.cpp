@@ -58,9 +58,20 @@ bool CStopFlag::SleepEx(int milliseconds) {
     const auto deadline = start + std::chrono::milliseconds(milliseconds);
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        if (m_wake.wait_until(lock, deadline - kWatched, [this] { return IsSet(); }))
-            return false;
+        const bool ended =
+            m_wake.wait_until(lock, deadline - kWatched, [this] { return IsSet() || m_bWoken; });
+        m_bWoken = false;
+        if (ended)
+            return !IsSet();
     }
     WatchClockUntil(deadline);
     return !IsSet();
+}
+
+void CStopFlag::Wake() {
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_bWoken = true;
+    }
+    m_wake.notify_all();
 }

@@ -24,12 +24,15 @@ public:
     void Clear();
     bool IsSet() const { return m_bSet.load(std::memory_order_acquire); }
 
-    // As the free SleepEx, but Set() ends it at once. False when it was ended by the flag (or the flag was
-    // set before).
+    // As the free SleepEx, but Set() ends it at once, and so does Wake(). False when the flag is set.
     bool SleepEx(int milliseconds);
+
+    // Ends the present wait, or else the next one, without stopping anything.
+    void Wake();
 
 private:
     std::atomic<bool> m_bSet{false};
-    std::mutex m_mutex; // pairs m_bSet with m_wake; guards nothing else
+    std::mutex m_mutex; // guards m_bWoken and pairs m_bSet with m_wake
+    bool m_bWoken = false;
     std::condition_variable m_wake;
 };

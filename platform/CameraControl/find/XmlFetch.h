@@ -2,7 +2,6 @@
 #ifndef KOLT_CAMERA_CONTROL_XML_FETCH_H
 #define KOLT_CAMERA_CONTROL_XML_FETCH_H
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -19,9 +18,7 @@ using MemoryReader =
 // host; "http:" is not fetched (OV_STATUS_NOT_SUPPORTED). Zipped or plain; the result is the plain text
 // without padding. OV_STATUS_PACKET: what the device gives is malformed, cut or absurdly large; else the
 // reader's own status. On failure xml is empty.
-// OV_STATUS_NETWORK also when patience is over before everything was read.
-std::uint32_t fetchXml(const MemoryReader& read, std::vector<std::uint8_t>& xml,
-                       std::chrono::milliseconds patience = std::chrono::seconds(60));
+std::uint32_t fetchXml(const MemoryReader& read, std::vector<std::uint8_t>& xml);
 
 } // namespace kolt::cc
 

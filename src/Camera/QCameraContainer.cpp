@@ -1,0 +1,112 @@
+#include "Camera/QCameraContainer.h"
+
+#include "Camera/QCamera.h"
+
+#include <QMutexLocker>
+#include <algorithm>
+
+namespace {
+
+QMutex g_instanceMutex; // guards the next
+QCameraContainer* g_instance = nullptr;
+
+} // namespace
+
+QCameraContainer* QCameraContainer::Instance() {
+    const QMutexLocker lock(&g_instanceMutex);
+    if (!g_instance)
+        g_instance = new QCameraContainer;
+    return g_instance;
+}
+
+void QCameraContainer::ReleaseInstance() {
+    QCameraContainer* released = nullptr;
+    {
+        const QMutexLocker lock(&g_instanceMutex);
+        released = g_instance;
+        g_instance = nullptr;
+    }
+    delete released;
+}
+
+QCameraContainer::QCameraContainer() = default;
+
+QCameraContainer::~QCameraContainer() {
+    const QMutexLocker lock(&m_mutex);
+    for (QCamera* camera : m_cameras)
+        camera->ReleaseRef();
+    m_cameras.clear();
+}
+
+QCamera* QCameraContainer::GetCamera(long id) {
+    if (id < 0)
+        return nullptr;
+    const QMutexLocker lock(&m_mutex);
+    const auto found =
+        std::find_if(m_cameras.begin(), m_cameras.end(), [id](QCamera* c) { return c->GetCameraID() == id; });
+    return found == m_cameras.end() ? nullptr : *found;
+}
+
+QCamera* QCameraContainer::GetCameraByIndex(int index) {
+    const QMutexLocker lock(&m_mutex);
+    if (index < 0 || index >= static_cast<int>(m_cameras.size()))
+        return nullptr;
+    return m_cameras[static_cast<size_t>(index)];
+}
+
+QCamera* QCameraContainer::GetCameraByIP(unsigned int ip) {
+    if (ip == 0)
+        return nullptr;
+    const QMutexLocker lock(&m_mutex);
+    const auto found =
+        std::find_if(m_cameras.begin(), m_cameras.end(), [ip](QCamera* c) { return c->GetIP() == ip; });
+    return found == m_cameras.end() ? nullptr : *found;
+}
+
+int QCameraContainer::GetTotalCameraNum() {
+    const QMutexLocker lock(&m_mutex);
+    return static_cast<int>(m_cameras.size());
+}
+
+void QCameraContainer::SetCurrentCameraID(long id) {
+    m_lCurrentCameraID = id;
+}
+
+long QCameraContainer::GetCurrentCameraID() const {
+    return m_lCurrentCameraID;
+}
+
+void QCameraContainer::AddCamera(QCamera* camera) {
+    if (!camera)
+        return;
+    const QMutexLocker lock(&m_mutex);
+    camera->AddRef();
+    m_cameras.push_back(camera);
+}
+
+void QCameraContainer::DelCamera(QCamera* camera) {
+    const QMutexLocker lock(&m_mutex);
+    const auto found = std::find(m_cameras.begin(), m_cameras.end(), camera);
+    if (found == m_cameras.end())
+        return;
+    (*found)->ReleaseRef();
+    m_cameras.erase(found);
+}
+
+void QCameraContainer::DelCameraByID(long id) {
+    const QMutexLocker lock(&m_mutex);
+    const auto found =
+        std::find_if(m_cameras.begin(), m_cameras.end(), [id](QCamera* c) { return c->GetCameraID() == id; });
+    if (found == m_cameras.end())
+        return;
+    (*found)->ReleaseRef();
+    m_cameras.erase(found);
+}
+
+void QCameraContainer::DelCameraByIndex(int index) {
+    const QMutexLocker lock(&m_mutex);
+    if (index < 0 || index >= static_cast<int>(m_cameras.size()))
+        return;
+    m_cameras[static_cast<size_t>(index)]->ReleaseRef();
+    m_cameras.erase(m_cameras.begin() + index);
+}
