@@ -1,0 +1,16 @@
+#include "Measure.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+/* bench_media [ROUNDS]: prints what a conversion costs as a multiple of a memcpy that moves the same bytes.
+ */
+int main(int argc, char** argv) {
+    const int rounds = argc > 1 ? std::atoi(argv[1]) : 31;
+    if (rounds < 1) {
+        std::fprintf(stderr, "usage: bench_media [ROUNDS]\n");
+        return 2;
+    }
+    BenchConversions(rounds);
+    return 0;
+}
