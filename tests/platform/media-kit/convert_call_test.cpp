@@ -1,7 +1,10 @@
 #include "Camera/Boundary/OvMediaKit.h"
 
+#include "reference/ConvertReference.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -127,6 +130,72 @@ TEST_F(ConvertCall, MethodIsNotLookedAtWithoutAMosaic) {
     record.bayerMethod = 77;
     ASSERT_EQ(OV_MP_ConvertPixelType(handle_, &record), OV_STATUS_OK);
     EXPECT_EQ(destination_, (std::vector<std::uint8_t>{0, 2, 3, 5, 6, 8, 9, 11}));
+}
+
+TEST_F(ConvertCall, CallsAreThoseOfTheReference) {
+    for (std::uint32_t type = 0; type <= 32; type = type == 27 ? 32 : type + 1) {
+        for (const std::uint32_t to : {0U, 27U, 32U}) {
+            for (std::uint32_t method = 0; method < 3; ++method) {
+                auto record = Record(type, 38, 12, to);
+                record.bayerMethod = method;
+                const std::vector<std::uint8_t> expected =
+                    reference::Convert({type, 38, 12, source_}, method, to);
+                ASSERT_EQ(OV_MP_ConvertPixelType(handle_, &record), OV_STATUS_OK);
+                EXPECT_EQ(record.destinationLength, expected.size());
+                ASSERT_TRUE(destination_ == expected) << type << " to " << to << " method " << method;
+            }
+        }
+    }
+}
+
+/* Fewer bytes than the capacity are written; a source with bytes to spare is fine. */
+TEST_F(ConvertCall, MoreRoomThanNeededIsFine) {
+    auto record = Record(OV_PIXEL_MONO10, 5, 3, OV_PIXEL_MONO8);
+    const std::vector<std::uint8_t> expected = reference::Convert({OV_PIXEL_MONO10, 5, 3, source_}, 0, 0);
+    source_.resize(45, 0x77); // three bytes a pixel, as the program sends
+    destination_.resize(60, 0xEE);
+    record.source = source_.data();
+    record.sourceLength = 45;
+    record.destination = destination_.data();
+    record.destinationCapacity = 60;
+    ASSERT_EQ(OV_MP_ConvertPixelType(handle_, &record), OV_STATUS_OK);
+    EXPECT_EQ(record.destinationLength, 15U);
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), destination_.begin()));
+    EXPECT_EQ(std::count(destination_.begin() + 15, destination_.end(), 0xEE), 45);
+}
+
+/* An odd number of packed pixels: the last one's low bits have no byte of their own, and aren't asked for. */
+TEST_F(ConvertCall, OddWidthsOfPackedPicturesRunOnOverRowEnds) {
+    for (const std::uint32_t type : {3U, 4U, 10U, 12U, 14U, 16U, 18U, 20U, 22U, 24U}) {
+        auto record = Record(type, 7, 5, OV_PIXEL_RGB8);
+        ASSERT_EQ(source_.size(), 52U);
+        const std::vector<std::uint8_t> expected = reference::Convert({type, 7, 5, source_}, 0, 27);
+        ASSERT_EQ(OV_MP_ConvertPixelType(handle_, &record), OV_STATUS_OK);
+        EXPECT_TRUE(destination_ == expected) << type;
+        record.sourceLength = 51;
+        EXPECT_EQ(OV_MP_ConvertPixelType(handle_, &record), OV_STATUS_INVALID_PARAMETER);
+    }
+}
+
+/* Where the result lies on the source, wholly or in part, it is as right as elsewhere. */
+TEST_F(ConvertCall, OverlapIsRight) {
+    for (std::uint32_t type = 0; type <= 32; type = type == 27 ? 32 : type + 1) {
+        for (const std::uint32_t to : {0U, 27U, 32U}) {
+            for (const int shift : {-64, -1, 0, 1, 64}) {
+                auto record = Record(type, 34, 10, to);
+                record.bayerMethod = 1;
+                const std::vector<std::uint8_t> expected = reference::Convert({type, 34, 10, source_}, 1, to);
+                std::vector<std::uint8_t> shared(source_.size() + destination_.size() + 128);
+                std::uint8_t* const source = shared.data() + 64;
+                std::copy(source_.begin(), source_.end(), source);
+                record.source = source;
+                record.destination = source + shift;
+                ASSERT_EQ(OV_MP_ConvertPixelType(handle_, &record), OV_STATUS_OK);
+                ASSERT_TRUE(std::equal(expected.begin(), expected.end(), record.destination))
+                    << type << " to " << to << " shifted by " << shift;
+            }
+        }
+    }
 }
 
 } // namespace

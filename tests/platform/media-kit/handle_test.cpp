@@ -49,6 +49,62 @@ TEST(MediaHandle, BadHandlesAreRefusedByEveryCall) {
     }
 }
 
+/*
+ * A picture on display while others are saved: calls on one handle from several threads, each with right
+ * results, and the handle's end in the middle of them.
+ */
+TEST(MediaHandle, ServesSeveralThreadsAndMayEndInTheMiddle) {
+    constexpr std::uint16_t kSide = 640; // large enough for the worker threads
+    std::vector<std::uint8_t> source(kSide * kSide);
+    for (std::size_t i = 0; i < source.size(); ++i) {
+        source[i] = static_cast<std::uint8_t>(i * 7);
+    }
+    const auto convert = [&](void* handle, std::uint32_t method, std::vector<std::uint8_t>& result) {
+        _OV_CONVERT_PIXEL_INFO_ record{};
+        record.width = kSide;
+        record.height = kSide;
+        record.sourceType = OV_PIXEL_BAYER_GB8;
+        record.source = source.data();
+        record.sourceLength = static_cast<std::uint32_t>(source.size());
+        record.destinationType = OV_PIXEL_RGB8;
+        record.destination = result.data();
+        record.destinationCapacity = static_cast<std::uint32_t>(result.size());
+        record.bayerMethod = method;
+        return OV_MP_ConvertPixelType(handle, &record);
+    };
+    void* const handle = OV_MP_CreateHandle();
+    std::vector<std::vector<std::uint8_t>> expected(3, std::vector<std::uint8_t>(3 * source.size()));
+    for (std::uint32_t method = 0; method < 3; ++method) {
+        ASSERT_EQ(convert(handle, method, expected[method]), OV_STATUS_OK);
+    }
+    std::atomic<int> good{0};
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (std::uint32_t method = 0; method < 3; ++method) {
+        threads.emplace_back([&, method] {
+            std::vector<std::uint8_t> result(3 * source.size());
+            std::uint32_t status = OV_STATUS_OK;
+            while ((status = convert(handle, method, result)) == OV_STATUS_OK) {
+                if (result != expected[method]) {
+                    ++wrong;
+                }
+                ++good;
+            }
+            if (status != OV_STATUS_INVALID_HANDLE) {
+                ++wrong;
+            }
+        });
+    }
+    while (good < 12) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(OV_MP_DestroyHandle(handle), OV_STATUS_OK);
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(wrong, 0);
+}
+
 TEST(MediaHandle, RecordingIsNotSupported) {
     void* const handle = OV_MP_CreateHandle();
     const std::uint8_t byte = 0;

@@ -1,0 +1,100 @@
+#include "Camera/Boundary/OvMediaKit.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <vector>
+
+/* A handle keeps its work buffers: the second call of a kind allocates nothing. */
+
+namespace {
+std::atomic<std::size_t> allocations{0};
+
+void* Allocate(std::size_t size, std::size_t alignment) {
+    ++allocations;
+    void* const block = std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    return block;
+}
+} // namespace
+
+void* operator new(std::size_t size) {
+    return Allocate(size, alignof(std::max_align_t));
+}
+void* operator new[](std::size_t size) {
+    return Allocate(size, alignof(std::max_align_t));
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return Allocate(size, static_cast<std::size_t>(alignment));
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return Allocate(size, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+void operator delete[](void* block) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::align_val_t) noexcept {
+    std::free(block);
+}
+void operator delete[](void* block, std::align_val_t) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
+    std::free(block);
+}
+void operator delete[](void* block, std::size_t, std::align_val_t) noexcept {
+    std::free(block);
+}
+
+namespace {
+
+TEST(Allocation, OnlyTheFirstConversionOfASizeAllocates) {
+    void* const handle = OV_MP_CreateHandle();
+    constexpr std::uint16_t kWidth = 700;
+    constexpr std::uint16_t kHeight = 500;
+    std::vector<std::uint8_t> pixels(4U * kWidth * kHeight);
+    std::vector<std::uint8_t> result(4U * kWidth * kHeight);
+    const auto convert = [&](std::uint32_t type, std::uint16_t width, std::uint32_t method, bool inPlace) {
+        _OV_CONVERT_PIXEL_INFO_ record{};
+        record.width = width;
+        record.height = kHeight;
+        record.sourceType = type;
+        record.source = pixels.data();
+        record.sourceLength = static_cast<std::uint32_t>(pixels.size());
+        record.destinationType = OV_PIXEL_RGB8;
+        record.destination = inPlace ? pixels.data() : result.data();
+        record.destinationCapacity = static_cast<std::uint32_t>(result.size());
+        record.bayerMethod = method;
+        ASSERT_EQ(OV_MP_ConvertPixelType(handle, &record), OV_STATUS_OK);
+    };
+    const std::size_t before = allocations;
+    convert(OV_PIXEL_BAYER_RG8, kWidth, 2, false);
+    EXPECT_GT(allocations, before) << "the counter doesn't count";
+    convert(OV_PIXEL_RGB8, kWidth, 0, true);
+    const std::size_t warm = allocations;
+    for (std::uint32_t type = 0; type <= 27; ++type) {
+        for (std::uint32_t method = 0; method < 3; ++method) {
+            convert(type, kWidth, method, false);
+            convert(type, kWidth - 100, method, true);
+        }
+    }
+    EXPECT_EQ(allocations, warm);
+    convert(OV_PIXEL_BAYER_RG8, 800, 2, false);
+    EXPECT_GT(allocations, warm) << "a wider picture wants more room";
+    OV_MP_DestroyHandle(handle);
+}
+
+} // namespace
