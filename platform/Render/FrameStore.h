@@ -1,0 +1,46 @@
+/*
+ * The newest picture of a handle. Written and read from any thread; a reader holds off a writer while it
+ * reads, so readers do nothing slow inside.
+ */
+#ifndef KOLT_RENDER_FRAME_STORE_H
+#define KOLT_RENDER_FRAME_STORE_H
+
+#include "Resampler.h"
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+namespace kolt::render {
+
+class FrameStore {
+public:
+    explicit FrameStore(int channels) : m_channels(channels) {}
+
+    /* Copies the pixels. False, with the former picture kept, for sizes out of range and without memory. */
+    bool put(const uint8_t* pixels, uint32_t width, uint32_t height);
+    bool empty() const;
+
+    /* Calls read(const FrameView&, uint64_t number) with the newest picture, if there is one. */
+    template<class Read>
+    bool read(Read&& read) const {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_number == 0) {
+            return false;
+        }
+        read(FrameView{m_pixels.get(), m_size, m_channels}, m_number);
+        return true;
+    }
+
+private:
+    const int m_channels;
+    mutable std::mutex m_mutex; /* guards all below; nothing else is locked inside */
+    std::unique_ptr<uint8_t[]> m_pixels;
+    size_t m_capacity = 0;
+    Size m_size;
+    uint64_t m_number = 0; /* counts pictures from 1 */
+};
+
+} // namespace kolt::render
+
+#endif
