@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "Camera/Boundary/OvCameraControl.h"
+#include "find/DropCounters.h"
 
 namespace kolt::cc {
 
@@ -30,6 +31,18 @@ bool isDeviceAccessible(const _OV_CC_DEVICE_INFO_* device, std::uint32_t accessM
 // camera. OV_STATUS_IP_CONFLICT: another device answers at that address. OV_STATUS_NETWORK: the camera isn't
 // there, or didn't acknowledge, or didn't come up at the new address in time.
 std::uint32_t forceIp(const _OV_CC_DEVICE_INFO_& device, std::uint32_t ip);
+
+// For tools and tests.
+struct FinderStatistics {
+    std::uint64_t calls = 0;       // of enumerateDevices
+    std::uint64_t found = 0;       // by the latest call, also beyond the list's end
+    std::uint64_t beyondLimit = 0; // of those, left out of the list
+    std::uint64_t usbUnreadable =
+        0; // of the latest call: plugged in, but not to be told apart (no permission?)
+    std::uint64_t failedSends = 0; // in total
+    DropCounters dropped;          // in total
+};
+FinderStatistics finderStatistics();
 
 } // namespace kolt::cc
 

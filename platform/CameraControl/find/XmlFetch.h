@@ -2,6 +2,7 @@
 #ifndef KOLT_CAMERA_CONTROL_XML_FETCH_H
 #define KOLT_CAMERA_CONTROL_XML_FETCH_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -18,7 +19,9 @@ using MemoryReader =
 // host; "http:" is not fetched (OV_STATUS_NOT_SUPPORTED). Zipped or plain; the result is the plain text
 // without padding. OV_STATUS_PACKET: what the device gives is malformed, cut or absurdly large; else the
 // reader's own status. On failure xml is empty.
-std::uint32_t fetchXml(const MemoryReader& read, std::vector<std::uint8_t>& xml);
+// OV_STATUS_NETWORK also when patience is over before everything was read.
+std::uint32_t fetchXml(const MemoryReader& read, std::vector<std::uint8_t>& xml,
+                       std::chrono::milliseconds patience = std::chrono::seconds(60));
 
 } // namespace kolt::cc
 
