@@ -12,7 +12,7 @@ namespace vcam {
 
 namespace {
 
-constexpr double kLineTimeUs = 4.0; // the sensor reads a line in this time
+constexpr double kLineTimeUs = 2.0; // the sensor reads a line in this time
 constexpr uint32_t kBlankLines = 20;
 
 int64_t Nanoseconds(Clock::time_point at) {

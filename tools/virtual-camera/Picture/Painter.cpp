@@ -52,28 +52,45 @@ void Painter::Stamp(const PictureSettings& settings, uint32_t phase, uint32_t ph
     if (settings.testPattern != TestPattern::Off)
         return;
     Prepare(settings);
-    for (Rect place : {m_scene->Geometry().CounterPlace(), m_scene->Geometry().StripPlace()}) {
-        // From the sensor to the picture, cut to what the picture shows.
-        const int64_t left = int64_t{place.x} - settings.offsetX;
-        const int64_t top = int64_t{place.y} - settings.offsetY;
-        int64_t x0 = std::max<int64_t>(0, left);
-        int64_t x1 = std::min<int64_t>(settings.width, left + place.width);
-        int64_t y0 = std::max<int64_t>(0, top);
-        int64_t y1 = std::min<int64_t>(settings.height, top + place.height);
-        if (x0 >= x1 || y0 >= y1)
-            continue;
-        if (settings.reverseX) {
-            std::tie(x0, x1) = std::pair(settings.width - x1, settings.width - x0);
+    const SceneGeometry& geometry = m_scene->Geometry();
+    StampRect(settings, geometry.CounterPlace(), geometry.GlyphScale(), phase, phases, number, to);
+    StampRect(settings, geometry.StripPlace(), geometry.StripPlace().height, phase, phases, number, to);
+}
+
+// Every `cell` rows of the place look the same; of each cell a pair of rows is painted (two, for Bayer) and
+// copied down.
+void Painter::StampRect(const PictureSettings& settings, Rect place, uint32_t cell, uint32_t phase,
+                        uint32_t phases, uint32_t number, uint8_t* to) {
+    // From the sensor to the picture, cut to what the picture shows.
+    const int64_t left = int64_t{place.x} - settings.offsetX;
+    const int64_t top = int64_t{place.y} - settings.offsetY;
+    int64_t x0 = std::max<int64_t>(0, left);
+    int64_t x1 = std::min<int64_t>(settings.width, left + place.width);
+    int64_t y0 = std::max<int64_t>(0, top);
+    int64_t y1 = std::min<int64_t>(settings.height, top + place.height);
+    if (x0 >= x1 || y0 >= y1)
+        return;
+    if (settings.reverseX)
+        std::tie(x0, x1) = std::pair(settings.width - x1, settings.width - x0);
+    if (settings.reverseY)
+        std::tie(y0, y1) = std::pair(settings.height - y1, settings.height - y0);
+    // Even columns, since some formats share bytes between two pixels.
+    const auto first = static_cast<uint32_t>(x0 & ~int64_t{1});
+    const auto width =
+        static_cast<uint32_t>(std::min<int64_t>(settings.width, (x1 + 1) & ~int64_t{1})) - first;
+    const auto cellOf = [&](int64_t y) {
+        return ((settings.reverseY ? settings.height - 1 - y : y) - top) / cell;
+    };
+    const PixelFormat* format = FindPixelFormat(settings.pixelFormat);
+    for (int64_t y = y0; y < y1; ++y) {
+        const auto row = static_cast<uint32_t>(y);
+        if (y >= y0 + 2 && cellOf(y) == cellOf(y - 2)) {
+            uint8_t* here = to + format->BytesFor(size_t{row} * settings.width + first);
+            const uint8_t* above = to + format->BytesFor(size_t{row - 2} * settings.width + first);
+            std::memcpy(here, above, format->BytesFor(width));
+        } else {
+            PaintRect(settings, {first, row, width, 1}, phase, phases, number, to);
         }
-        if (settings.reverseY) {
-            std::tie(y0, y1) = std::pair(settings.height - y1, settings.height - y0);
-        }
-        x0 &= ~int64_t{1};
-        x1 = std::min<int64_t>(settings.width, (x1 + 1) & ~int64_t{1});
-        PaintRect(settings,
-                  {static_cast<uint32_t>(x0), static_cast<uint32_t>(y0), static_cast<uint32_t>(x1 - x0),
-                   static_cast<uint32_t>(y1 - y0)},
-                  phase, phases, number, to);
     }
 }
 

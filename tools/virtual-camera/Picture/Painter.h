@@ -36,7 +36,7 @@ struct PictureSettings {
     }
 };
 
-constexpr double kNominalExposure = 10000.0; // with gain 0 the scene comes out as it is
+constexpr double kNominalExposure = 4000.0; // with gain 0 the scene comes out as it is
 
 size_t PictureBytes(const PictureSettings& settings);
 // What becomes of a scene component of 8 bits, in 12 bits.
@@ -56,6 +56,8 @@ public:
 
 private:
     void Prepare(const PictureSettings& settings);
+    void StampRect(const PictureSettings& settings, Rect place, uint32_t cell, uint32_t phase,
+                   uint32_t phases, uint32_t number, uint8_t* to);
     void PaintRect(const PictureSettings& settings, Rect place, uint32_t phase, uint32_t phases,
                    uint32_t number, uint8_t* to);
     void SceneRow(const PictureSettings& s, uint32_t y, uint32_t x0, uint32_t x1, double phase,
