@@ -80,9 +80,10 @@ void Window::Create(Size size) {
     const xcb_atom_t protocols = Atom("WM_PROTOCOLS");
     size_ = size;
     window_ = xcb_generate_id(connection_);
-    const std::array<uint32_t, 2> values = {screen_->black_pixel, XCB_EVENT_MASK_EXPOSURE |
-                                                                      XCB_EVENT_MASK_STRUCTURE_NOTIFY |
-                                                                      XCB_EVENT_MASK_KEY_PRESS};
+    // The same dark grey that the render library puts around a picture: no flash before the first one.
+    const uint32_t background = screen_->root_depth >= 24 ? 0x14181D : screen_->black_pixel;
+    const std::array<uint32_t, 2> values = {
+        background, XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_KEY_PRESS};
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen_->root, 0, 0,
                       static_cast<uint16_t>(size.width), static_cast<uint16_t>(size.height), 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, screen_->root_visual,
