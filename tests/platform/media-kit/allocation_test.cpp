@@ -20,6 +20,11 @@ void* Allocate(std::size_t size, std::size_t alignment) {
     }
     return block;
 }
+
+// Not inlined: the compiler would take free() for the wrong partner of operator new.
+[[gnu::noinline]] void Free(void* block) {
+    std::free(block);
+}
 } // namespace
 
 void* operator new(std::size_t size) {
@@ -35,28 +40,28 @@ void* operator new[](std::size_t size, std::align_val_t alignment) {
     return Allocate(size, static_cast<std::size_t>(alignment));
 }
 void operator delete(void* block) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete[](void* block) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete[](void* block, std::size_t) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete(void* block, std::align_val_t) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete[](void* block, std::align_val_t) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
-    std::free(block);
+    Free(block);
 }
 void operator delete[](void* block, std::size_t, std::align_val_t) noexcept {
-    std::free(block);
+    Free(block);
 }
 
 namespace {

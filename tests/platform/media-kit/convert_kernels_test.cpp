@@ -13,6 +13,15 @@
 
 /* Every kernel of every instruction set of this machine against the plain reference, byte for byte. */
 
+namespace media {
+
+/* How a test's parameter is shown. */
+static void PrintTo(const Kernels* kernels, std::ostream* out) {
+    *out << kernels->name;
+}
+
+} // namespace media
+
 namespace {
 
 using namespace media;
