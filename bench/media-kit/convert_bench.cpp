@@ -172,7 +172,7 @@ void Bench(const Conversion& conversion, int rounds) {
 
 } // namespace
 
-void BenchConversions(int rounds) {
+void BenchConversions(int rounds, const std::string& filter) {
     cv::setNumThreads(1);
     std::printf(
         "Conversion of %u x %u on one thread: multiples of a memcpy that moves the same bytes (medians of %d "
@@ -184,6 +184,8 @@ void BenchConversions(int rounds) {
                 "AVX2", "SSE4", "plain", "2 threads", "OpenCV", "libdc1394", "limit");
     std::printf("%-32s | %6s |\n", "", "ms");
     for (const Conversion& conversion : kConversions) {
-        Bench(conversion, rounds);
+        if (std::string(conversion.name).find(filter) != std::string::npos) {
+            Bench(conversion, rounds);
+        }
     }
 }

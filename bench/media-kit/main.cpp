@@ -6,11 +6,11 @@
 /* bench_media [ROUNDS]: prints what a conversion costs as a multiple of a memcpy that moves the same bytes.
  */
 int main(int argc, char** argv) {
-    const int rounds = argc > 1 ? std::atoi(argv[1]) : 31;
+    const int rounds = argc > 1 ? std::atoi(argv[1]) : 21;
     if (rounds < 1) {
-        std::fprintf(stderr, "usage: bench_media [ROUNDS]\n");
+        std::fprintf(stderr, "usage: bench_media [ROUNDS [FILTER]]\n");
         return 2;
     }
-    BenchConversions(rounds);
+    BenchConversions(rounds, argc > 2 ? argv[2] : "");
     return 0;
 }

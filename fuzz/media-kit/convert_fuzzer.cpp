@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::size_t kLargestBuffer = std::size_t{1} << 20;
+constexpr std::size_t kLargestBuffer = std::size_t{1} << 17;
 
 struct Header {
     std::uint32_t sourceType;
@@ -124,7 +124,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                                                     : Layout::Bgrx;
     std::vector<std::uint8_t> expected(pixels * BytesOf(layout));
     Require(record.destinationLength == expected.size());
-    LineBuffers lines;
+    static LineBuffers lines;
     lines.Prepare(header.width);
     ConvertRows(PlainKernels(), picture, 0, header.height,
                 {expected.data(), static_cast<std::ptrdiff_t>(header.width * BytesOf(layout)), layout},

@@ -154,23 +154,32 @@ private:
         }
     }
 
+    /* Where that row of the result goes when rows come in pairs: one outside of the run isn't wanted. */
+    std::uint8_t* DestinationOrSpare(std::uint32_t row, std::uint32_t end) {
+        return row >= first_ && row < end ? Destination(row) : lines_.Spare();
+    }
+
     void ConvertNearest(std::uint32_t first, std::uint32_t end) {
-        loaded_ = first & ~1U;
-        for (std::uint32_t row = first; row < end; ++row) {
-            LoadTo(row | 1U);
-            const auto kind = static_cast<std::size_t>(KindOf(row));
-            kernels_.nearest[layout_][kind](lines_.Raw(row), lines_.Raw(row ^ 1U), Destination(row),
-                                            picture_.width);
+        const std::uint32_t start = first & ~1U;
+        loaded_ = start;
+        const auto kind = static_cast<std::size_t>(traits_.firstRow);
+        for (std::uint32_t row = start; row < end; row += 2) {
+            LoadTo(row + 1);
+            const std::uint8_t* const rows[2] = {lines_.Raw(row), lines_.Raw(row + 1)};
+            kernels_.nearest[layout_][kind](rows, DestinationOrSpare(row, end),
+                                            DestinationOrSpare(row + 1, end), picture_.width);
         }
     }
 
     void ConvertBilinear(std::uint32_t first, std::uint32_t end) {
         loaded_ = static_cast<std::ptrdiff_t>(first) - 1;
-        for (std::ptrdiff_t row = first; row < static_cast<std::ptrdiff_t>(end); ++row) {
-            LoadTo(row + 1);
-            const std::uint8_t* const rows[3] = {lines_.Raw(row - 1), lines_.Raw(row), lines_.Raw(row + 1)};
-            const auto kind = static_cast<std::size_t>(KindOf(row));
-            kernels_.bilinear[layout_][kind](rows, Destination(static_cast<std::uint32_t>(row)),
+        const auto kind = static_cast<std::size_t>(KindOf(first));
+        for (std::uint32_t row = first; row < end; row += 2) {
+            const std::ptrdiff_t above = static_cast<std::ptrdiff_t>(row) - 1;
+            LoadTo(above + 3);
+            const std::uint8_t* const rows[4] = {lines_.Raw(above), lines_.Raw(above + 1),
+                                                 lines_.Raw(above + 2), lines_.Raw(above + 3)};
+            kernels_.bilinear[layout_][kind](rows, Destination(row), DestinationOrSpare(row + 1, end),
                                              picture_.width);
         }
     }

@@ -42,11 +42,12 @@ struct GreenLine {
  * overlap. */
 using PixelRow = void (*)(const std::uint8_t* source, std::uint8_t* destination, std::size_t pixels);
 
-/* own and other: the two rows of the 2 x 2 cell, own being the one that is drawn. */
-using NearestRow = void (*)(const std::uint8_t* own, const std::uint8_t* other, std::uint8_t* destination,
-                            std::size_t pixels);
-/* rows[0..2]: the rows above, at and below. */
-using BilinearRow = void (*)(const std::uint8_t* const* rows, std::uint8_t* destination, std::size_t pixels);
+/*
+ * Two rows of a result at a time, which share most of what they read. Nearest: rows[0..1] are the rows of the
+ * 2 x 2 cells; bilinear: rows[0..3] are the row above, the two rows, the row below.
+ */
+using RowPair = void (*)(const std::uint8_t* const* rows, std::uint8_t* first, std::uint8_t* second,
+                         std::size_t pixels);
 /* rows[0..4]: two above, the row, two below. */
 using GreenRow = void (*)(const std::uint8_t* const* rows, const GreenLine& line, std::size_t pixels);
 /* lines[0..2]: the green lines of the rows above, at and below. */
@@ -55,7 +56,8 @@ using ColourRow = void (*)(const std::uint8_t* own, const GreenLine* lines, std:
 
 /*
  * The row kernels of one instruction set. All sets give the same bytes. Kernels keep no state and may run on
- * any number of threads. Tables are indexed by Layout, and by BayerRow of the row that is drawn.
+ * any number of threads. Tables are indexed by Layout, and by BayerRow of the row that is drawn,
+ * or the first of two.
  *
  * Grey of colour:  Y = (77 R + 150 G + 29 B + 128) / 256  (BT.601 weights).
  * Colour of YUV:   BT.601 with full range, R = Y + 1.402 (V - 128), G = Y - 0.344136 (U - 128) - 0.714136 (V
@@ -71,8 +73,8 @@ struct Kernels {
     PixelRow bgrx[kLayouts];
     PixelRow uyvy[kLayouts]; // an even number of pixels
     PixelRow yuyv[kLayouts]; // an even number of pixels
-    NearestRow nearest[kLayouts][kBayerRows];
-    BilinearRow bilinear[kLayouts][kBayerRows];
+    RowPair nearest[kLayouts][kBayerRows];
+    RowPair bilinear[kLayouts][kBayerRows];
     GreenRow green[2]; // by BayerRow & 1: whether the row begins with green
     ColourRow colour[kLayouts][kBayerRows];
 };

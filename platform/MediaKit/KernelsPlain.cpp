@@ -117,8 +117,8 @@ void Yuv(const std::uint8_t* source, std::uint8_t* destination, std::size_t pixe
 }
 
 template<Layout L, BayerRow R>
-void Nearest(const std::uint8_t* own, const std::uint8_t* other, std::uint8_t* destination,
-             std::size_t pixels) {
+void NearestRow(const std::uint8_t* own, const std::uint8_t* other, std::uint8_t* destination,
+                std::size_t pixels) {
     constexpr bool kGreenFirst = R == BayerRow::GreenRed || R == BayerRow::GreenBlue;
     for (std::size_t i = 0; i < pixels; ++i) {
         // The cell's columns; the last pixel of an odd row has only the mirror image of the one before beside
@@ -130,6 +130,12 @@ void Nearest(const std::uint8_t* own, const std::uint8_t* other, std::uint8_t* d
     }
 }
 
+template<Layout L, BayerRow R>
+void Nearest(const std::uint8_t* const* rows, std::uint8_t* first, std::uint8_t* second, std::size_t pixels) {
+    NearestRow<L, R>(rows[0], rows[1], first, pixels);
+    NearestRow<L, OtherRow(R)>(rows[1], rows[0], second, pixels);
+}
+
 std::uint8_t Mean2(int a, int b) {
     return static_cast<std::uint8_t>((a + b + 1) >> 1);
 }
@@ -139,7 +145,7 @@ std::uint8_t Mean4(int a, int b, int c, int d) {
 }
 
 template<Layout L, BayerRow R>
-void Bilinear(const std::uint8_t* const* rows, std::uint8_t* destination, std::size_t pixels) {
+void BilinearRow(const std::uint8_t* const* rows, std::uint8_t* destination, std::size_t pixels) {
     constexpr std::size_t kGreen = R == BayerRow::GreenRed || R == BayerRow::GreenBlue ? 0 : 1;
     const std::uint8_t* const above = rows[0];
     const std::uint8_t* const own = rows[1];
@@ -154,6 +160,13 @@ void Bilinear(const std::uint8_t* const* rows, std::uint8_t* destination, std::s
                                  Mean4(above[i - 1], above[i + 1], below[i - 1], below[i + 1]));
         }
     }
+}
+
+template<Layout L, BayerRow R>
+void Bilinear(const std::uint8_t* const* rows, std::uint8_t* first, std::uint8_t* second,
+              std::size_t pixels) {
+    BilinearRow<L, R>(rows, first, pixels);
+    BilinearRow<L, OtherRow(R)>(rows + 1, second, pixels);
 }
 
 /* First: the column of the first red or blue site. */

@@ -27,6 +27,9 @@ public:
                 reinterpret_cast<std::uint16_t*>(Line(2 * kLines + Slot(row)))};
     }
 
+    /* Room for a row of a result that nobody wants, of up to four bytes a pixel. */
+    std::uint8_t* Spare() { return Line(3 * kLines); }
+
 private:
     static std::size_t Slot(std::ptrdiff_t row) {
         return static_cast<std::size_t>(row + static_cast<std::ptrdiff_t>(kLines)) % kLines;

@@ -25,7 +25,7 @@ enum class Packing {
  */
 enum class BayerRow : std::uint8_t { RedGreen = 0, GreenRed = 1, BlueGreen = 2, GreenBlue = 3, None = 255 };
 
-inline BayerRow OtherRow(BayerRow row) {
+constexpr BayerRow OtherRow(BayerRow row) {
     return static_cast<BayerRow>(static_cast<unsigned>(row) ^ 3U);
 }
 

@@ -18,7 +18,7 @@ namespace {
 
 // One step handles as many pixels as a vector has bytes: its red or blue sites fill a vector of 16-bit lanes,
 // its green ones another.
-using Bytes = hn::CappedTag<std::uint8_t, 32>;
+using Bytes = hn::CappedTag<std::uint8_t, 64>;
 using Words = hn::Repartition<std::int16_t, Bytes>;
 using Unsigned = hn::Repartition<std::uint16_t, Bytes>;
 using V = hn::Vec<Words>;

@@ -16,7 +16,7 @@ namespace media {
 namespace HWY_NAMESPACE {
 namespace {
 
-using Bytes = hn::CappedTag<std::uint8_t, 32>;
+using Bytes = hn::CappedTag<std::uint8_t, 64>;
 using V = hn::Vec<Bytes>;
 constexpr std::size_t kLanes = hn::MaxLanes(Bytes());
 
@@ -37,18 +37,22 @@ HWY_INLINE V TwiceOdd(V v) {
 }
 
 template<Layout L, BayerRow R>
-void Nearest(const std::uint8_t* HWY_RESTRICT own, const std::uint8_t* HWY_RESTRICT other,
-             std::uint8_t* HWY_RESTRICT destination, std::size_t pixels) {
+void Nearest(const std::uint8_t* const* rows, std::uint8_t* first, std::uint8_t* second, std::size_t pixels) {
     const Bytes d;
-    ForMosaicRow<kLanes, BytesOf(L)>(pixels, destination, [&](std::size_t x, std::uint8_t* to) HWY_ATTR {
-        const V ownRow = hn::LoadU(d, own + x);
-        const V otherRow = hn::LoadU(d, other + x);
-        if constexpr (GreenFirst(R)) {
-            StoreMosaic<L, R>(d, TwiceOdd(ownRow), TwiceEven(ownRow), TwiceEven(otherRow), to);
-        } else {
-            StoreMosaic<L, R>(d, TwiceEven(ownRow), TwiceOdd(ownRow), TwiceOdd(otherRow), to);
-        }
-    });
+    const std::uint8_t* HWY_RESTRICT const upper = rows[0];
+    const std::uint8_t* HWY_RESTRICT const lower = rows[1];
+    ForMosaicRows<kLanes, BytesOf(L)>(
+        pixels, first, second, [&](std::size_t x, std::uint8_t* to, std::uint8_t* toLower) HWY_ATTR {
+            const V above = hn::LoadU(d, upper + x);
+            const V below = hn::LoadU(d, lower + x);
+            // The colour of the upper row, that of the lower one, and the green of each.
+            const V own = GreenFirst(R) ? TwiceOdd(above) : TwiceEven(above);
+            const V other = GreenFirst(R) ? TwiceEven(below) : TwiceOdd(below);
+            const V green = GreenFirst(R) ? TwiceEven(above) : TwiceOdd(above);
+            const V greenBelow = GreenFirst(R) ? TwiceOdd(below) : TwiceEven(below);
+            StoreMosaic<L, R>(d, own, green, other, to);
+            StoreMosaic<L, R>(d, own, greenBelow, other, toLower);
+        });
 }
 
 /* A mean of two, rounded up, and in its lowest bit whether it was. */
@@ -71,29 +75,47 @@ HWY_INLINE V MeanOfFour(Mean a, Mean b) {
     return hn::Sub(hn::AverageRound(a.value, b.value), hn::And(excess, hn::Set(d, 1)));
 }
 
-template<Layout L, BayerRow R>
-void Bilinear(const std::uint8_t* const* rows, std::uint8_t* HWY_RESTRICT destination, std::size_t pixels) {
+/* A row's vector and the mean of its neighbours on both sides. */
+struct Around {
+    V centre;
+    Mean beside;
+};
+
+HWY_INLINE Around LoadAround(const std::uint8_t* row) {
     const Bytes d;
-    const std::uint8_t* HWY_RESTRICT const above = rows[0];
-    const std::uint8_t* HWY_RESTRICT const own = rows[1];
-    const std::uint8_t* HWY_RESTRICT const below = rows[2];
-    ForMosaicRow<kLanes, BytesOf(L)>(pixels, destination, [&](std::size_t x, std::uint8_t* to) HWY_ATTR {
-        const auto beside = [&](const std::uint8_t* row) HWY_ATTR {
-            return MeanOf(hn::LoadU(d, row + x - 1), hn::LoadU(d, row + x + 1));
-        };
-        const V centre = hn::LoadU(d, own + x);
-        const Mean across = beside(own);
-        const Mean upright = MeanOf(hn::LoadU(d, above + x), hn::LoadU(d, below + x));
-        const V cross = MeanOfFour(across, upright);
-        const V corners = MeanOfFour(beside(above), beside(below));
-        if constexpr (GreenFirst(R)) {
-            StoreMosaic<L, R>(d, hn::OddEven(centre, across.value), hn::OddEven(cross, centre),
-                              hn::OddEven(corners, upright.value), to);
-        } else {
-            StoreMosaic<L, R>(d, hn::OddEven(across.value, centre), hn::OddEven(centre, cross),
-                              hn::OddEven(upright.value, corners), to);
-        }
-    });
+    return {hn::LoadU(d, row), MeanOf(hn::LoadU(d, row - 1), hn::LoadU(d, row + 1))};
+}
+
+template<Layout L, BayerRow R>
+HWY_INLINE void StoreBilinear(const Around& above, const Around& own, const Around& below, std::uint8_t* to) {
+    const Bytes d;
+    const Mean upright = MeanOf(above.centre, below.centre);
+    const V cross = MeanOfFour(own.beside, upright);
+    const V corners = MeanOfFour(above.beside, below.beside);
+    if constexpr (GreenFirst(R)) {
+        StoreMosaic<L, R>(d, hn::OddEven(own.centre, own.beside.value), hn::OddEven(cross, own.centre),
+                          hn::OddEven(corners, upright.value), to);
+    } else {
+        StoreMosaic<L, R>(d, hn::OddEven(own.beside.value, own.centre), hn::OddEven(own.centre, cross),
+                          hn::OddEven(upright.value, corners), to);
+    }
+}
+
+template<Layout L, BayerRow R>
+void Bilinear(const std::uint8_t* const* rows, std::uint8_t* first, std::uint8_t* second,
+              std::size_t pixels) {
+    const std::uint8_t* HWY_RESTRICT const row0 = rows[0];
+    const std::uint8_t* HWY_RESTRICT const row1 = rows[1];
+    const std::uint8_t* HWY_RESTRICT const row2 = rows[2];
+    const std::uint8_t* HWY_RESTRICT const row3 = rows[3];
+    ForMosaicRows<kLanes, BytesOf(L)>(pixels, first, second,
+                                      [&](std::size_t x, std::uint8_t* to, std::uint8_t* toLower) HWY_ATTR {
+                                          const Around a = LoadAround(row0 + x);
+                                          const Around b = LoadAround(row1 + x);
+                                          const Around c = LoadAround(row2 + x);
+                                          StoreBilinear<L, R>(a, b, c, to);
+                                          StoreBilinear<L, OtherRow(R)>(b, c, LoadAround(row3 + x), toLower);
+                                      });
 }
 
 template<Layout L, BayerRow R>

@@ -17,7 +17,7 @@ namespace HWY_NAMESPACE {
 namespace {
 
 // Interleaving stores and the shuffles before them lose more with 64 bytes than the length gains.
-using Bytes = hn::CappedTag<std::uint8_t, 32>;
+using Bytes = hn::CappedTag<std::uint8_t, 64>;
 constexpr std::size_t kLanes = hn::MaxLanes(Bytes());
 
 /*
@@ -52,29 +52,42 @@ void Words(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT d
     });
 }
 
+/* Loads blocks of 16 bytes that lie 24 bytes apart. */
+template<class D>
+HWY_INLINE hn::Vec<D> LoadTripleBlocks(D d, const std::uint8_t* from) {
+    if constexpr (hn::MaxLanes(d) == 16) {
+        return hn::LoadU(d, from);
+    } else {
+        const hn::Half<D> half;
+        return hn::Combine(d, LoadTripleBlocks(half, from + hn::MaxLanes(half) / 2 * 3),
+                           LoadTripleBlocks(half, from));
+    }
+}
+
 void Triples(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT destination,
              std::size_t pixels) {
-    // 16 pixels lie in 24 bytes: two overlapping blocks of 16, each of which gives some of them.
-    const hn::Full128<std::uint8_t> d;
-    if (pixels < 16 || pixels % 2 != 0) {
+    const Bytes d;
+    constexpr std::size_t kStep = kLanes;
+    if (pixels < kStep || pixels % 2 != 0) {
         // A last single pixel has only its first byte.
-        const std::size_t whole = pixels < 16 ? 0 : pixels - 1;
+        const std::size_t whole = pixels < kStep ? 0 : pixels - 1;
         if (whole != 0) {
             Triples(source, destination, whole);
         }
         PlainKernels().triples(source + whole / 2 * 3, destination + whole, pixels - whole);
         return;
     }
+    // 16 pixels lie in 24 bytes: two overlapping blocks of 16, each of which gives some of them.
     alignas(16) static constexpr std::uint8_t kLow[16] = {0,  2,  3,  5,   6,   8,   9,   11,
                                                           12, 14, 15, 128, 128, 128, 128, 128};
     alignas(16) static constexpr std::uint8_t kHigh[16] = {128, 128, 128, 128, 128, 128, 128, 128,
                                                            128, 128, 128, 9,   10,  12,  13,  15};
-    const auto low = hn::Load(d, kLow);
-    const auto high = hn::Load(d, kHigh);
-    ForPixels(pixels, 16, [&](std::size_t i) HWY_ATTR {
+    const auto low = Table(d, kLow);
+    const auto high = Table(d, kHigh);
+    ForPixels(pixels, kStep, [&](std::size_t i) HWY_ATTR {
         const std::uint8_t* const from = source + i / 2 * 3;
-        hn::StoreU(hn::Or(hn::TableLookupBytesOr0(hn::LoadU(d, from), low),
-                          hn::TableLookupBytesOr0(hn::LoadU(d, from + 8), high)),
+        hn::StoreU(hn::Or(hn::TableLookupBytesOr0(LoadTripleBlocks(d, from), low),
+                          hn::TableLookupBytesOr0(LoadTripleBlocks(d, from + 8), high)),
                    d, destination + i);
     });
 }

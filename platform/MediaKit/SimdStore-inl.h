@@ -34,6 +34,25 @@ HWY_INLINE hn::Vec<D> Table(D d, const std::uint8_t (&table)[16]) {
 
 #if HWY_ARCH_X86
 
+/* The first block of 16 bytes of each, then the second block of each, and so on. */
+template<class D, class V>
+HWY_INLINE void StoreBlocksInTurn(D d, V a, V b, V c, std::uint8_t* to) {
+    if constexpr (hn::MaxLanes(d) == 16) {
+        hn::StoreU(a, d, to);
+        hn::StoreU(b, d, to + 16);
+        hn::StoreU(c, d, to + 32);
+    } else if constexpr (hn::MaxLanes(d) == 32) {
+        hn::StoreU(hn::ConcatLowerLower(d, b, a), d, to);
+        hn::StoreU(hn::ConcatUpperLower(d, a, c), d, to + 32);
+        hn::StoreU(hn::ConcatUpperUpper(d, c, b), d, to + 64);
+    } else {
+        const hn::Half<D> half;
+        StoreBlocksInTurn(half, hn::LowerHalf(half, a), hn::LowerHalf(half, b), hn::LowerHalf(half, c), to);
+        StoreBlocksInTurn(half, hn::UpperHalf(half, a), hn::UpperHalf(half, b), hn::UpperHalf(half, c),
+                          to + 3 * hn::MaxLanes(half));
+    }
+}
+
 /*
  * r0 g0 b0 r1 ... : 3 has no factor in common with 16, so that one shuffle a channel brings each byte to its
  * place modulo 16; two selections then make each of the three results. Fewer operations than the general
@@ -59,16 +78,7 @@ HWY_INLINE void StoreThree(D d, V a, V b, V c, std::uint8_t* to) {
     const V low = hn::IfThenElse(first, placedA, hn::IfThenElse(second, placedB, placedC));
     const V middle = hn::IfThenElse(first, placedB, hn::IfThenElse(second, placedC, placedA));
     const V high = hn::IfThenElse(first, placedC, hn::IfThenElse(second, placedA, placedB));
-    if constexpr (hn::MaxLanes(d) == 32) {
-        hn::StoreU(hn::ConcatLowerLower(d, middle, low), d, to);
-        hn::StoreU(hn::ConcatUpperLower(d, low, high), d, to + 32);
-        hn::StoreU(hn::ConcatUpperUpper(d, high, middle), d, to + 64);
-    } else {
-        static_assert(hn::MaxLanes(d) <= 16);
-        hn::StoreU(low, d, to);
-        hn::StoreU(middle, d, to + 16);
-        hn::StoreU(high, d, to + 32);
-    }
+    StoreBlocksInTurn(d, low, middle, high, to);
 }
 
 #else
@@ -120,10 +130,31 @@ HWY_INLINE void StoreMosaic(D d, V own, V green, V other, std::uint8_t* to) {
 }
 
 /*
- * Runs step(x, to) for x = 0, lanes, 2 lanes, ... over a row whose source may be read beyond its end but
- * whose result ends exactly. x is always even: a mosaic keeps its colours. The last step overlaps the one
- * before, or, in a row of odd or of very small width, goes by way of a small buffer.
+ * Runs step(x, to, toSecond) for x = 0, lanes, 2 lanes, ... over two rows whose sources may be read beyond
+ * their ends but whose results end exactly. x is always even: a mosaic keeps its colours. The last step
+ * overlaps the one before, or, in rows of odd or of very small width, goes by way of a small buffer.
  */
+template<std::size_t kLanes, std::size_t kBytes, class Step>
+HWY_INLINE void ForMosaicRows(std::size_t pixels, std::uint8_t* first, std::uint8_t* second, Step&& step) {
+    std::size_t x = 0;
+    for (; x + kLanes <= pixels; x += kLanes) {
+        step(x, first + x * kBytes, second + x * kBytes);
+    }
+    if (x == pixels) {
+        return;
+    }
+    if (pixels >= kLanes && pixels % 2 == 0) {
+        x = pixels - kLanes;
+        step(x, first + x * kBytes, second + x * kBytes);
+        return;
+    }
+    alignas(64) std::uint8_t last[2][kLanes * kBytes];
+    step(x, last[0], last[1]);
+    std::memcpy(first + x * kBytes, last[0], (pixels - x) * kBytes);
+    std::memcpy(second + x * kBytes, last[1], (pixels - x) * kBytes);
+}
+
+/* The same for one row: step(x, to). */
 template<std::size_t kLanes, std::size_t kBytes, class Step>
 HWY_INLINE void ForMosaicRow(std::size_t pixels, std::uint8_t* destination, Step&& step) {
     std::size_t x = 0;
