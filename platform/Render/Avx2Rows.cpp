@@ -10,11 +10,6 @@ namespace kolt::render {
 
 namespace {
 
-KOLT_AVX2 void blend(const uint8_t* const* rows, const uint16_t* weights, size_t taps, uint8_t* out,
-                     size_t bytes) {
-    plain::blendAny(rows, weights, taps, out, bytes);
-}
-
 KOLT_AVX2 __m128i load(const uint8_t* at) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
 }
@@ -29,6 +24,65 @@ KOLT_AVX2 __m256i load256(const void* at) {
 
 KOLT_AVX2 void store256(void* at, __m256i value) {
     _mm256_storeu_si256(static_cast<__m256i*>(at), value);
+}
+
+/* Adds 32 weighted bytes of two rows, which are laid side by side for it, to two times 16 sums. */
+struct Sums {
+    __m256i low;
+    __m256i high;
+};
+
+KOLT_AVX2 inline void addPair(Sums& sums, const uint8_t* a, const uint8_t* b, __m256i weights) {
+    const __m256i x = load256(a);
+    const __m256i y = load256(b);
+    sums.low = _mm256_add_epi16(sums.low, _mm256_maddubs_epi16(_mm256_unpacklo_epi8(x, y), weights));
+    sums.high = _mm256_add_epi16(sums.high, _mm256_maddubs_epi16(_mm256_unpackhi_epi8(x, y), weights));
+}
+
+KOLT_AVX2 inline void storeMean(uint8_t* out, const Sums& sums) {
+    static_assert(kRowWeight == 128, "the shift");
+    store256(out, _mm256_packus_epi16(_mm256_srli_epi16(sums.low, 7), _mm256_srli_epi16(sums.high, 7)));
+}
+
+KOLT_AVX2 inline __m256i weightPair(const uint8_t* weights) {
+    return _mm256_set1_epi16(static_cast<int16_t>(weights[0] | weights[1] << 8));
+}
+
+KOLT_AVX2 void blend(const uint8_t* const* rows, const uint8_t* weights, size_t taps, uint8_t* out,
+                     size_t bytes) {
+    const __m256i half = _mm256_set1_epi16(kRowWeight / 2);
+    // Bytes written to out might be the pointers and weights for all the compiler knows: the common numbers
+    // of rows take them out first.
+    const __m256i w0 = weightPair(weights);
+    const uint8_t* a = rows[0];
+    const uint8_t* b = rows[1];
+    if (taps == 2) {
+        for (size_t i = 0; i < bytes; i += 32) {
+            Sums sums{half, half};
+            addPair(sums, a + i, b + i, w0);
+            storeMean(out + i, sums);
+        }
+        return;
+    }
+    if (taps == 4) {
+        const __m256i w1 = weightPair(weights + 2);
+        const uint8_t* c = rows[2];
+        const uint8_t* d = rows[3];
+        for (size_t i = 0; i < bytes; i += 32) {
+            Sums sums{half, half};
+            addPair(sums, a + i, b + i, w0);
+            addPair(sums, c + i, d + i, w1);
+            storeMean(out + i, sums);
+        }
+        return;
+    }
+    for (size_t i = 0; i < bytes; i += 32) {
+        Sums sums{half, half};
+        for (size_t tap = 0; tap < taps; tap += 2) {
+            addPair(sums, rows[tap] + i, rows[tap + 1] + i, weightPair(weights + tap));
+        }
+        storeMean(out + i, sums);
+    }
 }
 
 KOLT_AVX2 void halveGrey(uint8_t* row, size_t count) {

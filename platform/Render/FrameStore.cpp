@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace kolt::render {
 
@@ -13,6 +14,25 @@ constexpr uint64_t kMostBytes = uint64_t{4} << 30;
 /* A buffer this many times larger than needed is given back. */
 constexpr size_t kWasteful = 8;
 
+class Copy final : public RowSupply {
+public:
+    Copy(const uint8_t* from, uint8_t* to, size_t pitch) : m_from(from), m_to(to), m_pitch(pitch) {}
+
+    void provide(int end) override {
+        const size_t rows = static_cast<size_t>(end);
+        if (rows > m_done) {
+            std::memcpy(m_to + m_done * m_pitch, m_from + m_done * m_pitch, (rows - m_done) * m_pitch);
+            m_done = rows;
+        }
+    }
+
+private:
+    const uint8_t* m_from;
+    uint8_t* m_to;
+    size_t m_pitch;
+    size_t m_done = 0;
+};
+
 } // namespace
 
 bool FrameStore::put(const uint8_t* pixels, uint32_t width, uint32_t height) {
@@ -23,26 +43,51 @@ bool FrameStore::put(const uint8_t* pixels, uint32_t width, uint32_t height) {
     if (bytes > kMostBytes) {
         return false;
     }
-    const size_t needed = static_cast<size_t>(bytes) + kFramePadding;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_capacity < needed || m_capacity / kWasteful > needed) {
-        std::unique_ptr<uint8_t[]> fresh(new (std::nothrow) uint8_t[needed]);
-        if (!fresh) {
-            return false;
-        }
-        std::memset(fresh.get() + bytes, 0, kFramePadding);
-        m_pixels = std::move(fresh);
-        m_capacity = needed;
+    if (!makeRoom(static_cast<size_t>(bytes))) {
+        return false;
     }
-    std::memcpy(m_pixels.get(), pixels, bytes);
     m_size = Size{static_cast<int>(width), static_cast<int>(height)};
     ++m_number;
+    Copy rows(pixels, m_pixels.get(), size_t{width} * static_cast<size_t>(m_channels));
+    FrameListener* listener = std::exchange(m_listener, nullptr);
+    if (listener != nullptr) {
+        listener->arrives(FrameView{m_pixels.get(), m_size, m_channels}, m_number, rows);
+    }
+    rows.provide(m_size.height);
+    return true;
+}
+
+bool FrameStore::makeRoom(size_t bytes) {
+    const size_t needed = bytes + kFramePadding;
+    if (m_capacity >= needed && m_capacity / kWasteful <= needed) {
+        return true;
+    }
+    std::unique_ptr<uint8_t[]> fresh(new (std::nothrow) uint8_t[needed]);
+    if (!fresh) {
+        return false;
+    }
+    std::memset(fresh.get() + bytes, 0, kFramePadding);
+    m_pixels = std::move(fresh);
+    m_capacity = needed;
     return true;
 }
 
 bool FrameStore::empty() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_number == 0;
+}
+
+void FrameStore::expect(FrameListener& listener) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_listener = &listener;
+}
+
+void FrameStore::forget(FrameListener& listener) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_listener == &listener) {
+        m_listener = nullptr;
+    }
 }
 
 } // namespace kolt::render

@@ -13,6 +13,18 @@
 
 namespace kolt::render {
 
+/*
+ * Someone who will want the next picture, and can make use of each row while it is at hand in the processor's
+ * cache: taking a picture over and drawing it are both bound by memory, so doing them in one go saves a
+ * third.
+ */
+class FrameListener {
+public:
+    virtual ~FrameListener() = default;
+    /* On the thread that brings the picture, before anyone else sees it; rows are there once provided. */
+    virtual void arrives(const FrameView& frame, uint64_t number, RowSupply& rows) = 0;
+};
+
 class FrameStore {
 public:
     explicit FrameStore(int channels) : m_channels(channels) {}
@@ -32,13 +44,21 @@ public:
         return true;
     }
 
+    /* Lets the listener have the next picture, once. There is one listener, the last. */
+    void expect(FrameListener& listener);
+    /* Afterwards the listener isn't called until it expects again. */
+    void forget(FrameListener& listener);
+
 private:
+    bool makeRoom(size_t bytes);
+
     const int m_channels;
     mutable std::mutex m_mutex; /* guards all below; nothing else is locked inside */
     std::unique_ptr<uint8_t[]> m_pixels;
     size_t m_capacity = 0;
     Size m_size;
     uint64_t m_number = 0; /* counts pictures from 1 */
+    FrameListener* m_listener = nullptr;
 };
 
 } // namespace kolt::render

@@ -20,22 +20,8 @@ inline uint32_t colour(uint32_t red, uint32_t green, uint32_t blue) {
     return 0xFF000000U | red << 16 | green << 8 | blue;
 }
 
-/* Inline everywhere, so that it is compiled anew for the instructions of each caller. */
-template<size_t Taps>
-[[gnu::always_inline]] inline void blendFixed(const uint8_t* const* rows, const uint16_t* weights,
-                                              uint8_t* out, size_t bytes) {
-    for (size_t i = 0; i < bytes; ++i) {
-        // At most 255 * 256 + 128: fits 16 bits, which doubles the lanes.
-        uint16_t sum = kRowWeight / 2;
-        for (size_t tap = 0; tap < Taps; ++tap) {
-            sum = static_cast<uint16_t>(sum + rows[tap][i] * weights[tap]);
-        }
-        out[i] = static_cast<uint8_t>(sum >> 8);
-    }
-}
-
-[[gnu::always_inline]] inline void blendMany(const uint8_t* const* rows, const uint16_t* weights, size_t taps,
-                                             uint8_t* out, size_t bytes) {
+inline void blend(const uint8_t* const* rows, const uint8_t* weights, size_t taps, uint8_t* out,
+                  size_t bytes) {
     constexpr size_t kChunk = 1024;
     uint16_t sums[kChunk];
     for (size_t begin = 0; begin < bytes; begin += kChunk) {
@@ -43,37 +29,15 @@ template<size_t Taps>
         std::fill_n(sums, count, static_cast<uint16_t>(kRowWeight / 2));
         for (size_t tap = 0; tap < taps; ++tap) {
             const uint8_t* row = rows[tap] + begin;
-            const uint16_t weight = weights[tap];
+            const uint8_t weight = weights[tap];
             for (size_t i = 0; i < count; ++i) {
                 sums[i] = static_cast<uint16_t>(sums[i] + row[i] * weight);
             }
         }
         for (size_t i = 0; i < count; ++i) {
-            out[begin + i] = static_cast<uint8_t>(sums[i] >> 8);
+            out[begin + i] = static_cast<uint8_t>(sums[i] / kRowWeight);
         }
     }
-}
-
-[[gnu::always_inline]] inline void blendAny(const uint8_t* const* rows, const uint16_t* weights, size_t taps,
-                                            uint8_t* out, size_t bytes) {
-    switch (taps) {
-    case 2:
-        blendFixed<2>(rows, weights, out, bytes);
-        break;
-    case 3:
-        blendFixed<3>(rows, weights, out, bytes);
-        break;
-    case 4:
-        blendFixed<4>(rows, weights, out, bytes);
-        break;
-    default:
-        blendMany(rows, weights, taps, out, bytes);
-    }
-}
-
-inline void blend(const uint8_t* const* rows, const uint16_t* weights, size_t taps, uint8_t* out,
-                  size_t bytes) {
-    blendAny(rows, weights, taps, out, bytes);
 }
 
 /* From pixel `first` (even) on. */

@@ -26,16 +26,17 @@ public:
     virtual ~Presenter() = default;
 
     /* The whole window: picture and background. False when nothing can be drawn into this window any more. */
-    virtual bool present(const FrameStore& frames, const View& view, Size window) = 0;
+    virtual bool present(const View& view, Size window) = 0;
     /* Every event and error of the connection passes here. */
     virtual void handle(const xcb_generic_event_t& event) = 0;
     /* The window is gone or refuses the drawing. */
     virtual bool lost() const = 0;
 };
 
-/* connection and events outlive the presenter. share: try shared memory first. */
+/* What is passed by reference outlives the presenter. share: try shared memory first. */
 std::unique_ptr<Presenter> makeSoftwarePresenter(XConnection& connection, EventSource& events,
-                                                 xcb_window_t window, const WindowInfo& info, bool share);
+                                                 FrameStore& frames, xcb_window_t window,
+                                                 const WindowInfo& info, bool share);
 
 } // namespace kolt::render
 

@@ -45,8 +45,8 @@ private:
 
 } // namespace
 
-RenderLoop::RenderLoop(std::unique_ptr<XConnection> connection, const PortTable& ports,
-                       const FrameStore& frames, RenderOptions options)
+RenderLoop::RenderLoop(std::unique_ptr<XConnection> connection, const PortTable& ports, FrameStore& frames,
+                       RenderOptions options)
     : m_ports(ports)
     , m_frames(frames)
     , m_options(options)
@@ -176,7 +176,7 @@ std::optional<Size> RenderLoop::draw(uint32_t port, xcb_window_t window) {
 
 bool RenderLoop::present(Target& target, const View& view) {
     target.stale = false;
-    if (target.presenter->present(m_frames, view, target.info.size)) {
+    if (target.presenter->present(view, target.info.size)) {
         return true;
     }
     target.lost = target.lost || target.presenter->lost();
@@ -221,7 +221,7 @@ RenderLoop::Target* RenderLoop::targetFor(uint32_t port, xcb_window_t window) {
 }
 
 std::unique_ptr<Presenter> RenderLoop::makePresenter(xcb_window_t window, const WindowInfo& info) {
-    return makeSoftwarePresenter(*m_connection, *this, window, info, m_options.shareMemory);
+    return makeSoftwarePresenter(*m_connection, *this, m_frames, window, info, m_options.shareMemory);
 }
 
 void RenderLoop::dropTarget(uint32_t port) {

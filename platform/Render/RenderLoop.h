@@ -30,7 +30,7 @@ struct RenderOptions {
 class RenderLoop final : private EventSource {
 public:
     /* ports and frames outlive the loop. Throws std::system_error when there is no thread to be had. */
-    RenderLoop(std::unique_ptr<XConnection> connection, const PortTable& ports, const FrameStore& frames,
+    RenderLoop(std::unique_ptr<XConnection> connection, const PortTable& ports, FrameStore& frames,
                RenderOptions options);
     ~RenderLoop() override;
 
@@ -76,7 +76,7 @@ private:
     void sleep();
 
     const PortTable& m_ports;
-    const FrameStore& m_frames;
+    FrameStore& m_frames;
     const RenderOptions m_options;
     const std::unique_ptr<XConnection> m_connection;
     std::map<uint32_t, Target> m_targets; /* by port; render thread only */

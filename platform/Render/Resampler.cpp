@@ -48,21 +48,40 @@ Resampler::Resampler(const RowKernels& kernels) : m_kernels(kernels) {}
 void Resampler::prepareRows(const AxisPlan& rows) {
     m_lines.clear();
     m_rowWeights.clear();
-    int mostTaps = 1;
     for (int k = 0; k < rows.count; ++k) {
-        Line line{rows.nearest(k), 1, m_rowWeights.size()};
         if (rows.step > 1) {
             const double begin = rows.origin + k * rows.step;
-            const Reach covered = reach(begin, begin + rows.step, rows.length);
-            line.firstRow = covered.first;
-            line.taps = covered.count;
-            shares(begin, begin + rows.step, covered, kRowWeight,
-                   [this](int, int weight) { m_rowWeights.push_back(static_cast<uint16_t>(weight)); });
+            addReducedLine(begin, begin + rows.step, rows.length);
+        } else {
+            m_lines.push_back({rows.nearest(k), 1, 0});
         }
-        mostTaps = std::max(mostTaps, line.taps);
-        m_lines.push_back(line);
     }
-    m_rowPointers.resize(static_cast<size_t>(mostTaps));
+    int most = 1;
+    for (const Line& line : m_lines) {
+        most = std::max(most, line.taps);
+    }
+    m_rowPointers.resize(static_cast<size_t>(most) + 1);
+}
+
+void Resampler::addReducedLine(double begin, double end, int length) {
+    const Reach covered = reach(begin, end, length);
+    Line line{covered.first, covered.count, m_rowWeights.size()};
+    shares(begin, end, covered, kRowWeight,
+           [this](int, int weight) { m_rowWeights.push_back(static_cast<uint8_t>(weight)); });
+    // Rows at the edges may round to nothing; what is left alone is copied and wants no weight.
+    while (m_rowWeights.back() == 0) {
+        m_rowWeights.pop_back();
+        --line.taps;
+    }
+    while (m_rowWeights[line.weights] == 0) {
+        ++line.weights;
+        ++line.firstRow;
+        --line.taps;
+    }
+    if (line.taps % 2 != 0) {
+        m_rowWeights.push_back(0);
+    }
+    m_lines.push_back(line);
 }
 
 void Resampler::prepareColumns(const AxisPlan& columns, int channels) {
@@ -131,20 +150,29 @@ bool Resampler::sameAsBefore(size_t line) const {
            m_lines[line].firstRow == m_lines[line - 1].firstRow;
 }
 
+const uint8_t* Resampler::blend(const uint8_t* row, const Line& line, size_t pitch, size_t bytes) {
+    const size_t taps = static_cast<size_t>(line.taps);
+    for (size_t tap = 0; tap < taps; ++tap) {
+        m_rowPointers[tap] = row + tap * pitch;
+    }
+    m_rowPointers[taps] = m_rowPointers[taps - 1]; // of weight 0, where taps is odd
+    m_kernels.blend(m_rowPointers.data(), m_rowWeights.data() + line.weights, taps + taps % 2,
+                    m_blended.data(), bytes);
+    return m_blended.data();
+}
+
 void Resampler::makeLine(const FrameView& frame, size_t index, uint32_t* words) {
     const Line& line = m_lines[index];
+    if (m_supply != nullptr) {
+        m_supply->provide(line.firstRow + line.taps);
+    }
     const size_t channels = static_cast<size_t>(frame.channels);
     const size_t pitch = static_cast<size_t>(frame.size.width) * channels;
     const size_t bytes = static_cast<size_t>(m_columnCount) * channels;
     const uint8_t* row = frame.pixels + static_cast<size_t>(line.firstRow) * pitch +
                          static_cast<size_t>(m_firstColumn) * channels;
     if (line.taps > 1) {
-        for (size_t tap = 0; tap < static_cast<size_t>(line.taps); ++tap) {
-            m_rowPointers[tap] = row + tap * pitch;
-        }
-        m_kernels.blend(m_rowPointers.data(), m_rowWeights.data() + line.weights,
-                        static_cast<size_t>(line.taps), m_blended.data(), bytes);
-        row = m_blended.data();
+        row = blend(row, line, pitch, bytes);
     }
     if (m_halvings > 0) {
         if (row != m_blended.data()) {
@@ -226,16 +254,18 @@ void Resampler::drawTransposed(const FrameView& frame, uint8_t* out, size_t stri
 }
 
 void Resampler::draw(const FrameView& frame, const Plan& plan, const PixelFormat& format, uint8_t* out,
-                     size_t stride) {
+                     size_t stride, RowSupply* supply) {
     if (plan.painted().empty()) {
         return;
     }
     prepare(frame.channels, plan, format);
+    m_supply = supply;
     if (plan.transposed) {
         drawTransposed(frame, out, stride);
     } else {
         drawUpright(frame, out, stride);
     }
+    m_supply = nullptr;
 }
 
 } // namespace kolt::render

@@ -25,24 +25,35 @@ struct FrameView {
     int channels = 1; /* 1 grey, 3 red, green, blue */
 };
 
+/* Where the rows of a picture come from while it is being drawn. */
+class RowSupply {
+public:
+    virtual ~RowSupply() = default;
+    /* Before rows below `end` are read. Ends only grow. */
+    virtual void provide(int end) = 0;
+};
+
 /* Used by one thread at a time. Keeps its tables while plan and formats stay the same. */
 class Resampler {
 public:
     explicit Resampler(const RowKernels& kernels = rowKernels());
 
-    /* Writes the box plan.painted(), whose first pixel is at out, rows stride bytes apart. */
+    /* Writes the box plan.painted(), whose first pixel is at out, rows stride bytes apart. With a supply the
+       frame's rows need not be there yet. */
     void draw(const FrameView& frame, const Plan& plan, const PixelFormat& format, uint8_t* out,
-              size_t stride);
+              size_t stride, RowSupply* supply = nullptr);
 
 private:
     struct Line {
         int firstRow;
-        int taps;
-        size_t weights; /* index into m_rowWeights */
+        int taps;       /* rows */
+        size_t weights; /* index into m_rowWeights, whose number is made even with a 0 */
     };
 
     void prepare(int channels, const Plan& plan, const PixelFormat& format);
     void prepareRows(const AxisPlan& rows);
+    void addReducedLine(double begin, double end, int length);
+    const uint8_t* blend(const uint8_t* row, const Line& line, size_t pitch, size_t bytes);
     void prepareColumns(const AxisPlan& columns, int channels);
     bool sameAsBefore(size_t line) const;
     void makeLine(const FrameView& frame, size_t index, uint32_t* words);
@@ -53,16 +64,17 @@ private:
     Plan m_plan;
     PixelFormat m_format;
     int m_channels = 0;
+    RowSupply* m_supply = nullptr;  /* while drawing */
     std::optional<Packer> m_packer; /* where words must be converted */
     std::vector<Line> m_lines;
-    std::vector<uint16_t> m_rowWeights;
+    std::vector<uint8_t> m_rowWeights;
     std::vector<const uint8_t*> m_rowPointers;
     int m_firstColumn = 0; /* of the picture columns that are read */
     int m_columnCount = 0;
     int m_halvings = 0; /* of a row, before the tables below apply */
     ColumnTables m_columns;
-    std::vector<uint8_t> m_blended; /* one row, with padding */
-    std::vector<uint32_t> m_words;  /* kTile + 1 lines */
+    AlignedVector<uint8_t> m_blended; /* one row, with padding */
+    AlignedVector<uint32_t> m_words;  /* kTile + 1 lines */
 };
 
 } // namespace kolt::render

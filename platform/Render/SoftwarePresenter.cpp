@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <vector>
 
 namespace kolt::render {
@@ -20,12 +21,13 @@ constexpr size_t kCapacityStep = size_t{1} << 20;
 /* More than any screen wants; a window can be made larger, but not sensibly drawn into. */
 constexpr size_t kMostBytes = size_t{1} << 30;
 
-class SoftwarePresenter final : public Presenter {
+class SoftwarePresenter final : public Presenter, private FrameListener {
 public:
-    SoftwarePresenter(XConnection& connection, EventSource& events, xcb_window_t window,
+    SoftwarePresenter(XConnection& connection, EventSource& events, FrameStore& frames, xcb_window_t window,
                       const WindowInfo& info, bool share)
         : m_connection(connection)
         , m_events(events)
+        , m_frames(frames)
         , m_window(window)
         , m_format(info.format)
         , m_share(share && connection.canShareMemory())
@@ -35,9 +37,13 @@ public:
                       values);
     }
 
-    ~SoftwarePresenter() override { xcb_free_gc(m_connection.get(), m_context); }
+    ~SoftwarePresenter() override {
+        m_frames.forget(*this);
+        xcb_free_gc(m_connection.get(), m_context);
+    }
 
-    bool present(const FrameStore& frames, const View& view, Size window) override {
+    bool present(const View& view, Size window) override {
+        m_frames.forget(*this); // from here on the memory is ours alone
         const size_t bytes = m_format.stride(window.width) * static_cast<size_t>(window.height);
         if (bytes > kMostBytes) {
             return false;
@@ -48,22 +54,24 @@ public:
             return false;
         }
         Box box;
-        size_t stride = 0;
-        frames.read([&](const FrameView& frame, uint64_t) {
+        m_frames.read([&](const FrameView& frame, uint64_t number) {
             const Plan plan = makePlan(frame.size, window, view);
             box = plan.painted();
-            stride = m_format.stride(box.width);
-            m_resampler.draw(frame, plan, m_format, out, stride);
+            if (m_drawn.number != number || m_drawn.out != out || !(m_drawn.plan == plan)) {
+                draw(frame, plan, out, nullptr);
+            }
         });
+        m_drawn.number = 0; // the server has it now
         paintAround(window, box);
         if (!box.empty()) {
             if (turn != nullptr) {
                 put(*turn, box);
             } else {
-                send(out, stride, box);
+                send(out, m_format.stride(box.width), box);
             }
         }
         xcb_flush(m_connection.get());
+        expectNext(view, window, bytes);
         return m_connection.alive();
     }
 
@@ -97,6 +105,35 @@ private:
         uint32_t sequence = 0;
     };
 
+    void draw(const FrameView& frame, const Plan& plan, uint8_t* out, RowSupply* rows) {
+        m_resampler.draw(frame, plan, m_format, out, m_format.stride(plan.painted().width), rows);
+    }
+
+    /* Most likely the next picture will be shown like this one; it is drawn while it comes in. */
+    void expectNext(const View& view, Size window, size_t bytes) {
+        uint8_t* out = m_share ? nullptr : m_own.data();
+        if (m_share) {
+            Turn& other = m_turns[1 - m_next];
+            if (other.busy || !other.image || other.image->capacity() < bytes) {
+                return;
+            }
+            m_next = 1 - m_next;
+            out = other.image->data();
+        }
+        m_expected = {view, window, out};
+        m_frames.expect(*this);
+    }
+
+    void arrives(const FrameView& frame, uint64_t number, RowSupply& rows) override {
+        try {
+            const Plan plan = makePlan(frame.size, m_expected.window, m_expected.view);
+            draw(frame, plan, m_expected.out, &rows);
+            m_drawn = {number, plan, m_expected.out};
+        } catch (const std::bad_alloc&) {
+            m_drawn.number = 0;
+        }
+    }
+
     /* Where to draw: in a shared image (turn), or in memory of our own (turn null). */
     uint8_t* memoryFor(size_t bytes, Turn*& turn) {
         if (m_share) {
@@ -122,9 +159,9 @@ private:
         return m_own.data();
     }
 
+    /* m_next if it is free, as it must be when it has been drawn into already. */
     Turn* idleTurn() {
         for (;;) {
-            m_next = 1 - m_next;
             for (const size_t i : {m_next, 1 - m_next}) {
                 if (!m_turns[i].busy) {
                     m_next = i;
@@ -178,22 +215,35 @@ private:
 
     XConnection& m_connection;
     EventSource& m_events;
+    FrameStore& m_frames;
     const xcb_window_t m_window;
     const PixelFormat m_format;
     bool m_share;
     const xcb_gcontext_t m_context;
-    Resampler m_resampler;
     std::array<Turn, 2> m_turns;
-    size_t m_next = 0;
+    size_t m_next = 0; /* turn to draw into */
     std::vector<uint8_t> m_own;
+    /* These three are used inside the frame store only, or while it is told to forget this. */
+    Resampler m_resampler;
+    struct {
+        View view;
+        Size window;
+        uint8_t* out;
+    } m_expected = {};
+    struct {
+        uint64_t number; /* of the picture that stands at out; 0 for none */
+        Plan plan;
+        uint8_t* out;
+    } m_drawn = {};
     bool m_lost = false;
 };
 
 } // namespace
 
 std::unique_ptr<Presenter> makeSoftwarePresenter(XConnection& connection, EventSource& events,
-                                                 xcb_window_t window, const WindowInfo& info, bool share) {
-    return std::make_unique<SoftwarePresenter>(connection, events, window, info, share);
+                                                 FrameStore& frames, xcb_window_t window,
+                                                 const WindowInfo& info, bool share) {
+    return std::make_unique<SoftwarePresenter>(connection, events, frames, window, info, share);
 }
 
 } // namespace kolt::render
