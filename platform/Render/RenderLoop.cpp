@@ -124,6 +124,7 @@ void RenderLoop::run() {
         }
     }
     m_targets.clear();
+    m_gl.reset();
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (const std::shared_ptr<Request>& request : m_requests) {
         request->finished = true;
@@ -165,7 +166,7 @@ std::optional<Size> RenderLoop::draw(uint32_t port, xcb_window_t window) {
     }
     try {
         Target* target = targetFor(port, window);
-        if (target == nullptr || !present(*target, settings->view)) {
+        if (target == nullptr || !present(*target, *settings)) {
             return std::nullopt;
         }
         return target->info.size;
@@ -174,13 +175,19 @@ std::optional<Size> RenderLoop::draw(uint32_t port, xcb_window_t window) {
     }
 }
 
-bool RenderLoop::present(Target& target, const View& view) {
+bool RenderLoop::present(Target& target, const Port& settings) {
     target.stale = false;
-    if (target.presenter->present(view, target.info.size)) {
+    if (target.presenter->present(settings.view, target.info.size, settings.syncPeriod)) {
         return true;
     }
     target.lost = target.lost || target.presenter->lost();
-    return false;
+    if (target.lost || !target.presenter->unsuitable()) {
+        return false;
+    }
+    target.presenter.reset(); // its window is on top
+    target.presenter = makeSoftwarePresenter(*m_connection, *this, m_frames, target.window, target.info,
+                                             m_options.shareMemory);
+    return target.presenter->present(settings.view, target.info.size, settings.syncPeriod);
 }
 
 void RenderLoop::redrawStale() {
@@ -193,7 +200,7 @@ void RenderLoop::redrawStale() {
             continue;
         }
         try {
-            present(target, settings->view);
+            present(target, *settings);
         } catch (const std::bad_alloc&) {
             // The next picture or exposure tries again.
         }
@@ -220,7 +227,31 @@ RenderLoop::Target* RenderLoop::targetFor(uint32_t port, xcb_window_t window) {
     return &m_targets.emplace(port, std::move(target)).first->second;
 }
 
+bool RenderLoop::usesOpenGl() {
+    if (!m_options.openGl || m_glRefused) {
+        return false;
+    }
+    // Loading a driver only to learn that it works on the processor costs a tenth of a second and much
+    // memory.
+    if (!m_gl && (m_options.forceOpenGl || hasGraphicsDevice())) {
+        m_gl = GlContext::create(*m_connection);
+    }
+    m_glRefused = m_gl == nullptr;
+    return !m_glRefused;
+}
+
 std::unique_ptr<Presenter> RenderLoop::makePresenter(xcb_window_t window, const WindowInfo& info) {
+    if (usesOpenGl()) {
+        std::unique_ptr<Presenter> presenter =
+            makeGlPresenter(*m_connection, *m_gl, m_frames, window, info, m_options.forceOpenGl);
+        if (presenter) {
+            return presenter;
+        }
+        if (m_targets.empty()) {
+            m_gl.reset();
+        }
+        m_glRefused = true;
+    }
     return makeSoftwarePresenter(*m_connection, *this, m_frames, window, info, m_options.shareMemory);
 }
 
@@ -251,10 +282,13 @@ void RenderLoop::handleEvents() {
 void RenderLoop::handle(const xcb_generic_event_t& event) {
     const uint8_t type = event.response_type & 0x7F;
     for (auto& [port, target] : m_targets) {
+        if (!target.presenter) {
+            continue;
+        }
         target.presenter->handle(event);
         if (type == XCB_EXPOSE) {
-            target.stale =
-                target.stale || reinterpret_cast<const xcb_expose_event_t&>(event).window == target.window;
+            const bool own = reinterpret_cast<const xcb_expose_event_t&>(event).window == target.window;
+            target.stale = target.presenter->takeExposed() || own || target.stale;
         } else if (type == XCB_CONFIGURE_NOTIFY) {
             const auto& change = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
             const Size size{change.width, change.height};

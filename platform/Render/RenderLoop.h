@@ -7,6 +7,7 @@
 #define KOLT_RENDER_RENDER_LOOP_H
 
 #include "FrameStore.h"
+#include "GlContext.h"
 #include "PortTable.h"
 #include "Presenter.h"
 #include "XConnection.h"
@@ -68,7 +69,8 @@ private:
     std::shared_ptr<Request> nextRequest(bool& stopping);
     void serve(Request& request);
     std::optional<Size> draw(uint32_t port, xcb_window_t window);
-    bool present(Target& target, const View& view);
+    bool present(Target& target, const Port& settings);
+    bool usesOpenGl();
     void redrawStale();
     Target* targetFor(uint32_t port, xcb_window_t window);
     std::unique_ptr<Presenter> makePresenter(xcb_window_t window, const WindowInfo& info);
@@ -79,7 +81,11 @@ private:
     FrameStore& m_frames;
     const RenderOptions m_options;
     const std::unique_ptr<XConnection> m_connection;
-    std::map<uint32_t, Target> m_targets; /* by port; render thread only */
+    /* The following are the render thread's own. The targets go before the context, which goes before the
+     * connection. */
+    std::unique_ptr<GlContext> m_gl;
+    bool m_glRefused = false;
+    std::map<uint32_t, Target> m_targets; /* by port */
 
     std::mutex m_mutex; /* guards the requests, m_stopping and m_ended */
     std::condition_variable m_changed;

@@ -42,7 +42,7 @@ public:
         xcb_free_gc(m_connection.get(), m_context);
     }
 
-    bool present(const View& view, Size window) override {
+    bool present(const View& view, Size window, uint32_t /*syncPeriod*/) override {
         m_frames.forget(*this); // from here on the memory is ours alone
         const size_t bytes = m_format.stride(window.width) * static_cast<size_t>(window.height);
         if (bytes > kMostBytes) {

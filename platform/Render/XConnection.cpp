@@ -17,7 +17,8 @@ std::unique_ptr<XConnection> XConnection::open() {
     return std::unique_ptr<XConnection>(new XConnection(connection, screen));
 }
 
-XConnection::XConnection(xcb_connection_t* connection, int screen) : m_connection(connection) {
+XConnection::XConnection(xcb_connection_t* connection, int screen)
+    : m_connection(connection), m_screenNumber(screen) {
     xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
     for (; screens.rem > 0; xcb_screen_next(&screens), --screen) {
         if (screen == 0 || m_screen == nullptr) {
@@ -87,6 +88,19 @@ std::optional<WindowInfo> XConnection::watch(xcb_window_t window) {
 void XConnection::unwatch(xcb_window_t window) {
     const uint32_t none = 0;
     xcb_change_window_attributes(m_connection, window, XCB_CW_EVENT_MASK, &none);
+}
+
+int XConnection::depthOf(xcb_visualid_t visual) const {
+    for (xcb_depth_iterator_t d = xcb_screen_allowed_depths_iterator(m_screen); d.rem > 0;
+         xcb_depth_next(&d)) {
+        const xcb_visualtype_t* visuals = xcb_depth_visuals(d.data);
+        for (int i = 0; i < xcb_depth_visuals_length(d.data); ++i) {
+            if (visuals[i].visual_id == visual) {
+                return d.data->depth;
+            }
+        }
+    }
+    return 0;
 }
 
 std::optional<PixelFormat> XConnection::formatOf(int depth, xcb_visualid_t visual) const {

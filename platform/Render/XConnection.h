@@ -62,6 +62,9 @@ public:
     std::optional<WindowInfo> watch(xcb_window_t window);
     void unwatch(xcb_window_t window);
 
+    /* Of a visual of the screen; 0 for none. */
+    int depthOf(xcb_visualid_t visual) const;
+    int screenNumber() const { return m_screenNumber; }
     xcb_screen_t* screen() const { return m_screen; }
 
 private:
@@ -70,6 +73,7 @@ private:
     std::optional<PixelFormat> formatOf(int depth, xcb_visualid_t visual) const;
 
     xcb_connection_t* m_connection;
+    const int m_screenNumber;
     xcb_screen_t* m_screen = nullptr;
     bool m_canShareMemory = false;
     bool m_canShapeInput = false;

@@ -57,7 +57,8 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Ways, Drawing,
                          testing::Values(Way{"SharedMemory", VR_ENGINE_SOFTWARE, nullptr},
-                                         Way{"PutImage", VR_ENGINE_SOFTWARE, "KOLT_RENDER_NO_SHM"}),
+                                         Way{"PutImage", VR_ENGINE_SOFTWARE, "KOLT_RENDER_NO_SHM"},
+                                         Way{"OpenGl", VR_ENGINE_OPENGL, "KOLT_RENDER_FORCE_GL"}),
                          [](const auto& way) { return std::string(way.param.name); });
 
 constexpr int kReduced = 5; /* two passes of eight bits, and weights in 64ths */
