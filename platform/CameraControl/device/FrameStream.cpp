@@ -1,0 +1,559 @@
+#include "device/FrameStream.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <ctime>
+#include <utility>
+
+namespace kolt::cc {
+
+namespace {
+
+// A camera that claims more is broken, or would take the machine's memory.
+constexpr std::size_t kLargestFrame = std::size_t{1} << 30;
+
+// Aravis leaves a buffer's former number and type in it when a frame's leader is lost; so a number that no
+// camera sends is put there before, and is still there afterwards.
+constexpr guint64 kNoBlockId = ~guint64{0};
+
+// USB has no packets; its bulk transfers come in pieces of this size.
+constexpr std::size_t kUsbPiece = 1024;
+
+std::size_t placeSize(const StreamShape& shape) {
+    return shape.packetData > 0 ? shape.packetData : kUsbPiece;
+}
+
+// Buffers beyond those asked for: while a frame waits for a packet to be sent again, those behind it wait as
+// well, however fast the caller is.
+std::size_t reserveFor(std::size_t payload) {
+    constexpr std::size_t kMemory = std::size_t{64} << 20;
+    return std::clamp<std::size_t>(kMemory / payload, 2, 24);
+}
+
+std::uint64_t realtimeNow() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1000000000u + static_cast<std::uint64_t>(now.tv_nsec);
+}
+
+// Bits 16 to 23 of a GVSP pixel code are the bits that a pixel takes.
+std::size_t imageBytes(const FrameGeometry& geometry) {
+    const std::size_t bits = (geometry.pixelFormat >> 16) & 0xFF;
+    return static_cast<std::size_t>(geometry.width) * geometry.height * bits / 8;
+}
+
+const char* const kInfoNames[] = {"n_received_packets", "n_ignored_packets", "n_duplicated_packets",
+                                  "n_error_packets",    "n_underruns",       "n_size_mismatch_errors",
+                                  "n_resent_packets",   "n_resend_requests", "n_transferred_bytes"};
+enum Info { kReceived, kIgnored, kDuplicated, kErrors, kUnderruns, kMismatches, kResent, kRequests, kBytes };
+constexpr std::size_t kInfos = sizeof kInfoNames / sizeof *kInfoNames;
+
+} // namespace
+
+struct FrameStream::Buffer {
+    Buffer(std::size_t size, unsigned ofGeneration) : memory(size), generation(ofGeneration) {}
+
+    FrameMemory memory;
+    GObjectPtr<ArvBuffer> arv;
+    unsigned generation;
+    Where where = Where::stream;
+
+    // Of the frame that it holds, set when the frame is closed.
+    ClosedFrame closed;
+    std::size_t length = 0;
+    std::uint32_t lostPackets = 0;
+    std::uint64_t closedAt = 0;
+    std::uint64_t timestamp = 0;
+    std::uint32_t payloadType = 0;
+    std::uint32_t offsetX = 0;
+    std::uint32_t offsetY = 0;
+    FrameGeometry geometry;
+
+    bool complete() const { return closed.end == ClosedFrame::End::complete; }
+};
+
+struct FrameStream::Infos {
+    std::array<int, kInfos> ids;
+
+    explicit Infos(ArvStream* stream) {
+        ids.fill(-1);
+        for (guint id = 0; id < arv_stream_get_n_infos(stream); ++id) {
+            for (std::size_t known = 0; known < kInfos; ++known) {
+                if (std::strcmp(arv_stream_get_info_name(stream, id), kInfoNames[known]) == 0) {
+                    ids[known] = static_cast<int>(id);
+                }
+            }
+        }
+    }
+    // 0 where this transport has no such counter.
+    std::uint64_t get(ArvStream* stream, Info info) const {
+        return ids[info] < 0 ? 0 : arv_stream_get_info_uint64(stream, static_cast<guint>(ids[info]));
+    }
+};
+
+std::size_t fittingSize(const SizeSigns& signs) {
+    std::size_t size = std::max(signs.payload, signs.received);
+    if (signs.unfit) {
+        size = std::max(size, signs.announced);
+        if (size <= signs.buffers) {
+            size = 2 * signs.buffers; // the camera doesn't say how much it sends: feel the way
+        }
+    }
+    return std::min(size, kLargestFrame);
+}
+
+FrameStream::FrameStream(const StreamSettings& settings, const StreamShape& shape, Hooks hooks)
+    : packetised_(shape.packetData > 0)
+    , wanted_(std::max(settings.buffers, 1u))
+    , places_(placeSize(shape), processFrameMark())
+    , hooks_(std::move(hooks))
+    , dropIncomplete_(settings.dropIncomplete)
+    , geometry_(shape.geometry)
+    , tally_(packetised_, settings.resend) {}
+
+std::shared_ptr<FrameStream> FrameStream::create(const Maker& maker, const StreamSettings& settings,
+                                                 const StreamShape& shape, Hooks hooks,
+                                                 std::uint32_t& status) {
+    std::shared_ptr<FrameStream> made(new FrameStream(settings, shape, std::move(hooks)));
+    GObjectPtr<ArvStream> stream = maker(onStreamEvent, made.get(), status);
+    if (!stream) {
+        return nullptr;
+    }
+    bool allocated = false;
+    {
+        const std::lock_guard<std::mutex> lock(made->mutex_);
+        made->infos_ = std::make_unique<Infos>(stream.get());
+        made->stream_ = stream.get();
+        made->owned_ = std::move(stream);
+        allocated = made->allocateLocked(shape.payload);
+    }
+    status = allocated ? OV_STATUS_OK : OV_STATUS_RESOURCE;
+    return allocated ? made : nullptr;
+}
+
+FrameStream::~FrameStream() {
+    stop(OV_STATUS_CALL_ORDER);
+    release();
+}
+
+// Makes the buffers anew and hands them to the stream. On failure nothing is changed.
+bool FrameStream::allocateLocked(std::size_t payload) {
+    if (payload == 0 || payload > kLargestFrame) {
+        return false;
+    }
+    std::vector<std::unique_ptr<Buffer>> made;
+    const std::size_t count = wanted_ + reserveFor(payload);
+    for (std::size_t index = 0; index < count; ++index) {
+        auto buffer = std::make_unique<Buffer>(payload, generation_ + 1);
+        if (buffer->memory.data() == nullptr) {
+            return false;
+        }
+        buffer->arv.reset(arv_buffer_new_full(payload, buffer->memory.data(), buffer.get(), nullptr));
+        wipe(*buffer);
+        made.push_back(std::move(buffer));
+    }
+    ++generation_;
+    signs_.buffers = payload;
+    signs_.unfit = false;
+    for (auto& buffer : made) {
+        giveBackLocked(*buffer);
+        buffers_.push_back(std::move(buffer));
+    }
+    return true;
+}
+
+void FrameStream::giveBackLocked(Buffer& buffer) {
+    if (stream_ != nullptr && buffer.generation == generation_) {
+        gint free = 0;
+        arv_stream_get_n_buffers(stream_, &free, nullptr);
+        if (free < static_cast<gint>(wanted_)) {
+            buffer.where = Where::stream;
+            arv_stream_push_buffer(stream_, ARV_BUFFER(g_object_ref(buffer.arv.get())));
+        } else {
+            buffer.where = Where::reserve;
+            reserve_.push_back(&buffer);
+        }
+        return;
+    }
+    // Of a former size, or the stream is over.
+    const auto here = std::find_if(buffers_.begin(), buffers_.end(),
+                                   [&](const auto& owned) { return owned.get() == &buffer; });
+    buffers_.erase(here);
+}
+
+// Marks the buffer as empty. By whoever holds it.
+void FrameStream::wipe(Buffer& buffer) const {
+    places_.write(buffer.memory.data(), buffer.memory.size());
+    arv_buffer_set_frame_id(buffer.arv.get(), kNoBlockId);
+}
+
+void FrameStream::recycleLocked(Buffer& buffer) {
+    wipe(buffer);
+    giveBackLocked(buffer);
+}
+
+// Frees buffers up to that generation that nobody holds; the stream has let go of them.
+void FrameStream::freeIdleLocked(unsigned generation) {
+    const auto idle = [&](const std::unique_ptr<Buffer>& buffer) {
+        return (buffer->where == Where::stream || buffer->where == Where::reserve) &&
+               buffer->generation <= generation;
+    };
+    reserve_.erase(std::remove_if(reserve_.begin(), reserve_.end(),
+                                  [&](const Buffer* buffer) { return buffer->generation <= generation; }),
+                   reserve_.end());
+    buffers_.erase(std::remove_if(buffers_.begin(), buffers_.end(), idle), buffers_.end());
+}
+
+void FrameStream::onStreamEvent(void* user, ArvStreamCallbackType type, ArvBuffer*) {
+    auto& self = *static_cast<FrameStream*>(user);
+    switch (type) {
+    case ARV_STREAM_CALLBACK_TYPE_INIT:
+        nameThisThread("ov-stream");
+        raiseThisThread();
+        break;
+    case ARV_STREAM_CALLBACK_TYPE_START_BUFFER:
+        self.onFrameBegun();
+        break;
+    case ARV_STREAM_CALLBACK_TYPE_BUFFER_DONE:
+        self.onFrameClosed();
+        break;
+    case ARV_STREAM_CALLBACK_TYPE_EXIT:
+        self.onThreadEnds();
+        break;
+    }
+}
+
+TransportCounters FrameStream::countersLocked() const {
+    TransportCounters counters;
+    if (stream_ && infos_) {
+        counters.received = infos_->get(stream_, kReceived);
+        counters.ignored = infos_->get(stream_, kIgnored);
+        counters.duplicated = infos_->get(stream_, kDuplicated);
+        counters.errors = infos_->get(stream_, kErrors);
+        counters.underruns = infos_->get(stream_, kUnderruns);
+        counters.mismatches = infos_->get(stream_, kMismatches);
+    }
+    return counters;
+}
+
+void FrameStream::onFrameBegun() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    tally_.frameBegun(countersLocked());
+    gint free = 0;
+    arv_stream_get_n_buffers(stream_, &free, nullptr);
+    if (free == 0 && !reserve_.empty()) {
+        // The frames behind one that waits for a packet pile up.
+        Buffer& buffer = *reserve_.back();
+        reserve_.pop_back();
+        buffer.where = Where::stream;
+        arv_stream_push_buffer(stream_, ARV_BUFFER(g_object_ref(buffer.arv.get())));
+    }
+}
+
+// The counters are complete now, and the stream that holds them goes.
+void FrameStream::onThreadEnds() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    own_ = numbersLocked();
+}
+
+// On the stream's thread, right after Aravis has put a buffer into its output queue. It is taken out of there
+// at once, so that the wait for it is our own: it can be ended, and frames that nobody wants go back without
+// delay.
+void FrameStream::onFrameClosed() {
+    bool sizeChanged = false;
+    bool urgent = false;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        while (stream_) {
+            const GObjectPtr<ArvBuffer> arv(arv_stream_try_pop_buffer(stream_));
+            if (!arv) {
+                break;
+            }
+            sizeChanged = takeClosedLocked(*static_cast<Buffer*>(
+                              const_cast<void*>(arv_buffer_get_user_data(arv.get())))) ||
+                          sizeChanged;
+        }
+        urgent = signs_.unfit;
+    }
+    hooks_.frameCame();
+    if (sizeChanged) {
+        hooks_.sizeChanged(urgent);
+    }
+}
+
+// True when the buffers' size should be looked at again.
+bool FrameStream::takeClosedLocked(Buffer& buffer) {
+    const TransportCounters now = countersLocked();
+    judgeLocked(buffer, now);
+    buffer.lostPackets = tally_.frameClosed(buffer.closed, now);
+    buffer.closed.blockId = tally_.blockId();
+
+    bool sizeChanged = false;
+    if (buffer.generation == generation_) {
+        signs_.announced = imageBytes(geometry_);
+        if (buffer.closed.end == ClosedFrame::End::unfit) {
+            signs_.unfit = true;
+            sizeChanged = true;
+        } else if (buffer.complete()) {
+            signs_.received = buffer.length;
+            sizeChanged = buffer.length != signs_.buffers;
+        }
+    }
+
+    const bool incomplete = buffer.closed.end == ClosedFrame::End::incomplete;
+    if (!ended_ && (buffer.complete() || (incomplete && !dropIncomplete_))) {
+        buffer.where = Where::ready;
+        ready_.push_back(&buffer);
+        changed_.notify_one();
+    } else {
+        own_.droppedFrames += incomplete ? 1 : 0;
+        recycleLocked(buffer);
+    }
+    return sizeChanged;
+}
+
+// What the leader said, where that is known; else geometry_ stays as it was for the last frame.
+void FrameStream::readLeaderLocked(Buffer& buffer) {
+    ArvBuffer* arv = buffer.arv.get();
+    buffer.closed.blockId = arv_buffer_get_frame_id(arv);
+    buffer.closed.leaderCame = !packetised_ || buffer.closed.blockId != kNoBlockId;
+    buffer.payloadType = 0;
+    buffer.timestamp = 0;
+    if (buffer.closed.leaderCame) {
+        buffer.payloadType = static_cast<std::uint32_t>(
+            std::max(arv_buffer_get_payload_type(arv), ARV_BUFFER_PAYLOAD_TYPE_NO_DATA));
+        buffer.timestamp = arv_buffer_get_timestamp(arv);
+    }
+    buffer.offsetX = 0;
+    buffer.offsetY = 0;
+    // Aravis tells the geometry of complete frames only.
+    if (arv_buffer_get_status(arv) == ARV_BUFFER_STATUS_SUCCESS && arv_buffer_get_n_parts(arv) > 0 &&
+        arv_buffer_get_part_data_type(arv, 0) == ARV_BUFFER_PART_DATA_TYPE_2D_IMAGE) {
+        gint x = 0;
+        gint y = 0;
+        gint width = 0;
+        gint height = 0;
+        arv_buffer_get_part_region(arv, 0, &x, &y, &width, &height);
+        geometry_ = {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height),
+                     static_cast<std::uint32_t>(arv_buffer_get_part_pixel_format(arv, 0))};
+        buffer.offsetX = static_cast<std::uint32_t>(x);
+        buffer.offsetY = static_cast<std::uint32_t>(y);
+    }
+    buffer.geometry = geometry_;
+}
+
+void FrameStream::judgeLocked(Buffer& buffer, const TransportCounters& now) {
+    ArvBuffer* arv = buffer.arv.get();
+    buffer.closedAt = realtimeNow();
+    buffer.closed = {};
+    readLeaderLocked(buffer);
+
+    const bool mismatch = now.mismatches != mismatchesSeen_;
+    mismatchesSeen_ = now.mismatches;
+    ClosedFrame::End& end = buffer.closed.end;
+    switch (arv_buffer_get_status(arv)) {
+    case ARV_BUFFER_STATUS_SUCCESS:
+        // Aravis calls a frame complete even when it had to cut it to the buffer's size.
+        end = mismatch ? ClosedFrame::End::unfit : ClosedFrame::End::complete;
+        break;
+    case ARV_BUFFER_STATUS_WRONG_PACKET_ID:
+    case ARV_BUFFER_STATUS_SIZE_MISMATCH:
+        end = ClosedFrame::End::unfit;
+        break;
+    case ARV_BUFFER_STATUS_ABORTED:
+    case ARV_BUFFER_STATUS_CLEARED:
+        end = ClosedFrame::End::aborted;
+        break;
+    default:
+        end = mismatch ? ClosedFrame::End::unfit : ClosedFrame::End::incomplete;
+    }
+    measureLocked(buffer);
+}
+
+// The frame's length, and how many of its packets are not there.
+void FrameStream::measureLocked(Buffer& buffer) const {
+    ClosedFrame& closed = buffer.closed;
+    buffer.length = buffer.memory.size();
+    if (closed.end == ClosedFrame::End::complete) {
+        std::size_t received = 0;
+        arv_buffer_get_data(buffer.arv.get(), &received);
+        buffer.length = std::min(received, buffer.memory.size());
+    }
+    closed.places = places_.count(buffer.length);
+    if (closed.end == ClosedFrame::End::incomplete) {
+        closed.unfilled = places_.countMarked(buffer.memory.data(), buffer.length);
+    }
+}
+
+std::uint32_t FrameStream::fetch(std::uint8_t* destination, std::uint32_t capacity,
+                                 _OV_CC_FRAME_OUT_INFO_* info, std::uint32_t timeoutMs) {
+    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+    Buffer* buffer = nullptr;
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        while (ready_.empty()) {
+            if (ended_) {
+                return endStatus_;
+            }
+            if (changed_.wait_until(lock, deadline) == std::cv_status::timeout && ready_.empty()) {
+                return ended_ ? endStatus_ : OV_STATUS_NO_DATA;
+            }
+        }
+        buffer = ready_.front();
+        ready_.pop_front();
+        buffer->where = Where::caller;
+        ++(buffer->length > capacity ? own_.tooLargeFrames : own_.deliveredFrames);
+    }
+    fillInfo(*buffer, info);
+    std::uint32_t status = OV_STATUS_OK;
+    if (buffer->length > capacity) {
+        status = OV_STATUS_BUFFER_FULL;
+    } else if (buffer->complete()) {
+        std::memcpy(destination, buffer->memory.data(), buffer->length);
+    } else {
+        places_.copyFilled(destination, buffer->memory.data(), buffer->length);
+    }
+    wipe(*buffer);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    giveBackLocked(*buffer);
+    return status;
+}
+
+void FrameStream::fillInfo(const Buffer& buffer, _OV_CC_FRAME_OUT_INFO_* info) {
+    std::uint32_t height = buffer.geometry.height;
+    const std::size_t whole = imageBytes(buffer.geometry);
+    const std::size_t line = height > 0 ? whole / height : 0;
+    if (buffer.complete() && line > 0 && buffer.length < whole) {
+        // A line-scan camera announces the most lines and sends those that it has.
+        height = static_cast<std::uint32_t>(buffer.length / line);
+    }
+    const auto narrow = [](std::uint32_t value) {
+        return static_cast<std::uint16_t>(std::min<std::uint32_t>(value, 0xFFFF));
+    };
+    info->width = narrow(buffer.geometry.width);
+    info->height = narrow(height);
+    info->pixelFormat = buffer.geometry.pixelFormat;
+    info->offsetX = narrow(buffer.offsetX);
+    info->offsetY = narrow(buffer.offsetY);
+    info->payloadType = buffer.payloadType;
+    info->blockId = buffer.closed.blockId;
+    info->deviceTimestamp = buffer.timestamp;
+    info->hostTimestamp = buffer.closedAt;
+    info->frameLength = static_cast<std::uint32_t>(buffer.length);
+    info->lostPackets = buffer.lostPackets;
+    info->frameState = buffer.complete() ? 0 : 1;
+}
+
+void FrameStream::setDropIncomplete(bool drop) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    dropIncomplete_ = drop;
+    if (!drop) {
+        return;
+    }
+    for (auto next = ready_.begin(); next != ready_.end();) {
+        Buffer& buffer = **next;
+        if (buffer.complete()) {
+            ++next;
+            continue;
+        }
+        next = ready_.erase(next);
+        ++own_.droppedFrames;
+        recycleLocked(buffer);
+    }
+}
+
+void FrameStream::lose(std::uint32_t status) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!ended_) {
+        ended_ = true;
+        endStatus_ = status;
+        changed_.notify_all();
+    }
+}
+
+void FrameStream::stop(std::uint32_t status) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ended_ = true;
+    endStatus_ = status;
+    changed_.notify_all();
+    for (Buffer* buffer : ready_) {
+        buffer->where = Where::stream;
+    }
+    ready_.clear();
+}
+
+void FrameStream::release() {
+    const std::lock_guard<std::mutex> restart(restart_);
+    GObjectPtr<ArvStream> over;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        over = std::move(owned_);
+    }
+    if (!over) {
+        return;
+    }
+    // Aravis ends the thread while it destroys the stream (and takes an explicit end before that for a
+    // mistake). The thread's last callbacks come in here, and find the stream still usable.
+    over.reset();
+    const std::lock_guard<std::mutex> lock(mutex_);
+    stream_ = nullptr;
+    freeIdleLocked(generation_);
+}
+
+std::uint32_t FrameStream::followSize(std::size_t payload) {
+    const std::lock_guard<std::mutex> restart(restart_);
+    ArvStream* stream = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (!owned_ || ended_) {
+            return OV_STATUS_CALL_ORDER;
+        }
+        signs_.payload = payload;
+        if (fittingSize(signs_) == signs_.buffers) {
+            return OV_STATUS_OK;
+        }
+        stream = stream_;
+    }
+    arv_stream_stop_thread(stream, TRUE);
+    std::uint32_t status = OV_STATUS_OK;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        const unsigned former = generation_;
+        tally_.restarted();
+        if (allocateLocked(fittingSize(signs_))) {
+            ++own_.resizes;
+            freeIdleLocked(former);
+        } else {
+            status = OV_STATUS_RESOURCE; // go on with those that there are
+            for (const auto& buffer : buffers_) {
+                if (buffer->where == Where::stream) {
+                    recycleLocked(*buffer);
+                }
+            }
+        }
+    }
+    arv_stream_start_thread(stream);
+    return status;
+}
+
+StreamNumbers FrameStream::numbersLocked() const {
+    StreamNumbers numbers = own_;
+    if (stream_) {
+        numbers.tally = tally_.totals();
+        numbers.transport = countersLocked();
+        numbers.tally.unbufferedFrames += tally_.unbufferedNow(numbers.transport.underruns);
+        numbers.receivedBytes = infos_->get(stream_, kBytes);
+        numbers.resentPackets = infos_->get(stream_, kResent);
+        numbers.resendRequests = infos_->get(stream_, kRequests);
+        numbers.bufferSize = signs_.buffers;
+    }
+    return numbers;
+}
+
+StreamNumbers FrameStream::numbers() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return numbersLocked();
+}
+
+} // namespace kolt::cc

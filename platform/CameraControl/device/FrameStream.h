@@ -1,0 +1,159 @@
+// Frames of one open device, from the start of grabbing to its stop: the buffers, the wait for the next
+// frame, the copy out, the counting.
+#ifndef KOLT_CAMERA_CONTROL_FRAME_STREAM_H
+#define KOLT_CAMERA_CONTROL_FRAME_STREAM_H
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include <arv.h>
+
+#include "Camera/Boundary/OvCameraControl.h"
+#include "device/FrameBuffer.h"
+#include "device/FrameTally.h"
+#include "device/GlibPtr.h"
+#include "device/Threads.h"
+
+namespace kolt::cc {
+
+// How a stream is to be made; settled when grabbing starts.
+struct StreamSettings {
+    unsigned buffers = 8;
+    bool dropIncomplete = false; // may change while grabbing
+    bool resend = true;          // ask for lost packets again
+    bool packetSocket = true;    // use one where the system allows it
+};
+
+// What a frame's leader tells of it, for frames that lost theirs.
+struct FrameGeometry {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t pixelFormat = 0;
+};
+
+struct StreamShape {
+    std::size_t payload = 0;    // bytes of the largest frame
+    std::size_t packetData = 0; // data bytes in a full packet; 0: the transport has no packets
+    FrameGeometry geometry;     // as the camera is set now
+};
+
+struct StreamNumbers {
+    TallyTotals tally;
+    TransportCounters transport;
+    std::uint64_t receivedBytes = 0;
+    std::uint64_t resentPackets = 0;
+    std::uint64_t resendRequests = 0;
+    std::uint64_t tooLargeFrames = 0;  // for the caller's buffer
+    std::uint64_t droppedFrames = 0;   // incomplete, and such are not wanted
+    std::uint64_t deliveredFrames = 0; // to the caller
+    std::uint64_t resizes = 0;         // the buffers followed a changed frame size
+    std::size_t bufferSize = 0;
+};
+
+// The size that buffers should have.
+struct SizeSigns {
+    std::size_t payload = 0;   // what the camera says now; 0: it doesn't
+    std::size_t announced = 0; // what the newest leader announced; 0: none came
+    std::size_t received = 0;  // length of the newest complete frame; 0: none yet
+    std::size_t buffers = 0;   // size of the present ones
+    bool unfit = false;        // frames don't fit them
+};
+std::size_t fittingSize(const SizeSigns& signs);
+
+class FrameStream {
+public:
+    struct Hooks {
+        // Frames no longer have the buffers' size (urgent: and don't fit). Called for each such frame, on the
+        // stream's thread.
+        std::function<void(bool urgent)> sizeChanged;
+        std::function<void()> frameCame; // a sign of life; on the stream's thread
+    };
+    // Makes Aravis' stream with the given callback; null on failure, with the status set.
+    using Maker = std::function<GObjectPtr<ArvStream>(ArvStreamCallback, void*, std::uint32_t& status)>;
+
+    // Null on failure. On the device's thread.
+    static std::shared_ptr<FrameStream> create(const Maker& maker, const StreamSettings& settings,
+                                               const StreamShape& shape, Hooks hooks, std::uint32_t& status);
+    ~FrameStream(); // stops and releases
+    FrameStream(const FrameStream&) = delete;
+    FrameStream& operator=(const FrameStream&) = delete;
+
+    // As OV_CC_GetOneFrameTimeout. Any thread, any number at once.
+    std::uint32_t fetch(std::uint8_t* destination, std::uint32_t capacity, _OV_CC_FRAME_OUT_INFO_* info,
+                        std::uint32_t timeoutMs);
+
+    void setDropIncomplete(bool drop);
+
+    // No more frames will come: who waits for one is told the status. What was received can still be fetched.
+    void lose(std::uint32_t status);
+
+    // As lose(), and frames that were not fetched are dropped. Never blocks.
+    void stop(std::uint32_t status);
+
+    // After stop(): ends the stream's thread and gives its socket back. On the device's thread, since Aravis
+    // accesses the device for it: on a dead one this blocks for seconds.
+    void release();
+
+    // Gives the buffers the size that they should have when the camera's payload size is this. The frame that
+    // is being received at that moment is lost (and counted).
+    std::uint32_t followSize(std::size_t payload);
+
+    StreamNumbers numbers() const;
+
+private:
+    struct Buffer;
+    struct Infos;
+    enum class Where { stream, reserve, ready, caller };
+
+    FrameStream(const StreamSettings& settings, const StreamShape& shape, Hooks hooks);
+    static void onStreamEvent(void* user, ArvStreamCallbackType type, ArvBuffer* buffer);
+    void onFrameBegun();
+    void onFrameClosed();
+    void onThreadEnds();
+    bool takeClosedLocked(Buffer& buffer);
+    void judgeLocked(Buffer& buffer, const TransportCounters& now);
+    void readLeaderLocked(Buffer& buffer);
+    void measureLocked(Buffer& buffer) const;
+    bool allocateLocked(std::size_t payload);
+    void giveBackLocked(Buffer& buffer);
+    void wipe(Buffer& buffer) const;
+    void recycleLocked(Buffer& buffer);
+    void freeIdleLocked(unsigned generation);
+    TransportCounters countersLocked() const;
+    StreamNumbers numbersLocked() const;
+    static void fillInfo(const Buffer& buffer, _OV_CC_FRAME_OUT_INFO_* info);
+
+    const bool packetised_;
+    const unsigned wanted_;
+    const MarkedPlaces places_;
+    const Hooks hooks_;
+    std::mutex restart_; // serialises release() and followSize(); taken before mutex_
+
+    mutable std::mutex mutex_; // guards all below; never held across a call that waits
+    std::condition_variable changed_;
+    GObjectPtr<ArvStream> owned_;
+    ArvStream* stream_ = nullptr; // the same; outlives owned_ by the time that Aravis takes to end the thread
+    std::unique_ptr<Infos> infos_;
+    std::vector<std::unique_ptr<Buffer>> buffers_;
+    std::deque<Buffer*> ready_;
+    std::vector<Buffer*> reserve_; // given to the stream when it runs out of buffers
+    unsigned generation_ = 0;      // of the buffers; former ones are not given back to the stream
+    bool dropIncomplete_;
+    bool ended_ = false;
+    std::uint32_t endStatus_ = 0;
+    FrameGeometry geometry_; // of the newest leader
+    FrameTally tally_;
+    SizeSigns signs_;
+    StreamNumbers own_; // the counters of this class; at the end, of the transport as well
+    std::uint64_t mismatchesSeen_ = 0;
+};
+
+} // namespace kolt::cc
+
+#endif

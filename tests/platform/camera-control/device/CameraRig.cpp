@@ -1,0 +1,157 @@
+#include "CameraRig.h"
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include <arpa/inet.h>
+#include <dirent.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "support/LoopbackAddress.h"
+
+namespace kolt::test {
+
+namespace {
+
+std::size_t entriesOf(const char* folder) {
+    std::size_t count = 0;
+    if (DIR* open = opendir(folder)) {
+        while (const dirent* entry = readdir(open)) {
+            count += entry->d_name[0] != '.' ? 1 : 0;
+        }
+        closedir(open);
+    }
+    return count;
+}
+
+} // namespace
+
+vcam::Config smallCamera(unsigned index) {
+    vcam::Config config;
+    config.address = LoopbackAddress(index);
+    config.sensorWidth = 320;
+    config.sensorHeight = 240;
+    config.frameRate = 50;
+    config.linkSpeedMbps = 0;
+    return config;
+}
+
+_OV_CC_DEVICE_INFO_ recordOf(const std::string& dottedAddress) {
+    _OV_CC_DEVICE_INFO_ record{};
+    record.nTLayerType = OV_TLAYER_GIGE;
+    record.transport.gige.currentIp = ntohl(inet_addr(dottedAddress.c_str()));
+    return record;
+}
+
+bool eventually(const std::function<bool()>& condition, milliseconds deadline) {
+    const auto end = Clock::now() + deadline;
+    while (!condition()) {
+        if (Clock::now() >= end) {
+            return false;
+        }
+        std::this_thread::sleep_for(milliseconds(2));
+    }
+    return true;
+}
+
+double millisecondsSince(Clock::time_point begun) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - begun).count();
+}
+
+Handle::Handle(const _OV_CC_DEVICE_INFO_& record) {
+    EXPECT_EQ(OV_CC_CreateHandle(&handle_, &record), OV_STATUS_OK);
+}
+
+Handle::~Handle() {
+    EXPECT_EQ(OV_CC_DestroyHandle(handle_), OV_STATUS_OK);
+}
+
+OVX_CC_STATISTICS Handle::statistics() const {
+    OVX_CC_STATISTICS statistics{};
+    statistics.size = sizeof statistics;
+    EXPECT_EQ(OVX_CC_GetStatistics(handle_, &statistics), OV_STATUS_OK);
+    return statistics;
+}
+
+_OV_MATCH_INFO_NET_DETECT_ Handle::matchInfo() const {
+    _OV_MATCH_INFO_NET_DETECT_ info{};
+    _OV_ALL_MATCH_INFO_ query{};
+    query.type = OV_MATCH_INFO_NET_DETECT;
+    query.info = &info;
+    query.infoSize = sizeof info;
+    EXPECT_EQ(OV_CC_GetAllMatchInfo(handle_, &query), OV_STATUS_OK);
+    return info;
+}
+
+GenApi_3_0::IPort& Handle::port() const {
+    auto* port = static_cast<GenApi_3_0::IPort*>(OV_CC_GetTlProxy(handle_));
+    if (port == nullptr) {
+        throw std::runtime_error("no port");
+    }
+    return *port;
+}
+
+Fetched fetch(void* handle, std::uint32_t timeoutMs, std::size_t capacity) {
+    Fetched fetched;
+    fetched.pixels.resize(capacity);
+    fetched.status = OV_CC_GetOneFrameTimeout(handle, fetched.pixels.data(),
+                                              static_cast<std::uint32_t>(capacity), &fetched.info, timeoutMs);
+    fetched.pixels.resize(fetched.status == OV_STATUS_OK ? fetched.info.frameLength : 0);
+    return fetched;
+}
+
+void Messages::callback(std::uint32_t message, void* user) {
+    auto& self = *static_cast<Messages*>(user);
+    {
+        const std::lock_guard<std::mutex> lock(self.mutex_);
+        if (self.messages_.empty()) {
+            self.firstAt_ = Clock::now();
+            self.thread_ = std::this_thread::get_id();
+        }
+    }
+    if (self.inside) {
+        self.inside();
+    }
+    const std::lock_guard<std::mutex> lock(self.mutex_);
+    self.messages_.push_back(message);
+    self.came_.notify_all();
+}
+
+bool Messages::waitFor(std::size_t count, milliseconds deadline) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    return came_.wait_for(lock, deadline, [&] { return messages_.size() >= count; });
+}
+
+std::vector<std::uint32_t> Messages::all() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return messages_;
+}
+
+Clock::time_point Messages::firstAt() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return firstAt_;
+}
+
+std::thread::id Messages::thread() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return thread_;
+}
+
+std::size_t threadCount() {
+    return entriesOf("/proc/self/task");
+}
+
+std::size_t descriptorCount() {
+    return entriesOf("/proc/self/fd");
+}
+
+std::size_t residentKilobytes() {
+    std::size_t pages = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> pages >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) / 1024;
+}
+
+} // namespace kolt::test
