@@ -48,8 +48,9 @@ const FoundCamera* findCamera(const std::vector<FoundCamera>& cameras, const _OV
     const std::uint64_t mac = macOf(device);
     const FoundCamera* best = nullptr;
     for (const FoundCamera& camera : cameras) {
-        // By route alone a camera can't be told a new address: the broadcast doesn't get there.
-        if (camera.interfaceName.empty())
+        // Behind a router a camera can't be told a new address: the broadcast doesn't get there. On loopback
+        // there is no broadcast to get anywhere.
+        if (camera.byRoute && !isLoopbackAddress(camera.answer.currentIp))
             continue;
         if (mac != 0 ? camera.answer.mac != mac : camera.answer.currentIp != gige.currentIp)
             continue;
@@ -96,7 +97,8 @@ bool isTaken(std::uint32_t ip, const Target& target, const DiscoveryQuestion& qu
         if (camera.answer.currentIp == ip && camera.answer.mac != target.mac)
             return true;
     }
-    return somebodyAnswersAt(target.interface, ip, target.mac, kNeighbourPatience);
+    // Where the camera is already, it is the camera that answers.
+    return ip != target.currentIp && somebodyAnswersAt(target.interface, ip, target.mac, kNeighbourPatience);
 }
 
 // Sends the command once and waits for its acknowledge. True when it came; the camera's verdict is in status.

@@ -35,13 +35,11 @@ struct Channel {
     unsigned taken = 0;
 };
 
-std::vector<Send> sendsFor(const HostInterface& interface, const std::vector<std::uint32_t>& ownAddresses) {
+std::vector<Send> sendsFor(const HostInterface& interface) {
     std::vector<Send> sends;
     if (interface.loopback) {
         for (unsigned last = 1; last <= kLastLoopbackAddress; ++last)
             sends.push_back({ipv4(127, 0, 0, last), 0});
-        for (const std::uint32_t own : ownAddresses)
-            sends.push_back({own, own});
         return sends;
     }
     for (const HostAddress& address : interface.addresses) {
@@ -113,20 +111,24 @@ void Discovery::openChannels() {
     channels_.reserve(question_.interfaces.size() + 1);
     for (const HostInterface& interface : question_.interfaces) {
         if (interface.discoverable())
-            addChannel(&interface, sendsFor(interface, question_.ownAddresses));
+            addChannel(&interface, sendsFor(interface));
     }
-    if (!question_.addresses.empty()) {
-        std::vector<Send> sends;
-        for (const std::uint32_t address : question_.addresses)
-            sends.push_back({address, 0});
+    std::vector<Send> sends;
+    for (const std::uint32_t address : question_.addresses)
+        sends.push_back({address, 0});
+    // The kernel takes these through loopback although they belong to other interfaces, so they can't be
+    // asked from a confined socket.
+    for (const std::uint32_t address : question_.ownAddresses)
+        sends.push_back({address, 0});
+    if (!sends.empty())
         addChannel(nullptr, std::move(sends));
-    }
 }
 
 void Discovery::addChannel(const HostInterface* interface, std::vector<Send> sends) {
     Channel channel;
     UdpOptions options;
     options.broadcast = true;
+    options.manyAnswers = true;
     if (interface != nullptr && question_.confine)
         options.interfaceName = interface->name;
     const int error = channel.socket.open(options);
@@ -209,26 +211,33 @@ void Discovery::take(Channel& channel, std::size_t length, const UdpOrigin& orig
         ++result_.dropped.wrongSource;
         return;
     }
-    camera.answeredFrom = origin.ip;
+    camera.byRoute = channel.interface == nullptr;
     camera.hostInterface = hostInterfaceFor(channel, origin, camera.answer.currentIp);
-    camera.interfaceIndex = channel.interface != nullptr ? channel.interface->index : origin.interfaceIndex;
-    if (channel.interface != nullptr)
-        camera.interfaceName = channel.interface->name;
+    const HostInterface* interface = channel.interface;
+    if (interface == nullptr)
+        interface = findInterface(question_.interfaces, camera.hostInterface);
+    camera.interfaceIndex = interface != nullptr ? interface->index : origin.interfaceIndex;
+    if (interface != nullptr)
+        camera.interfaceName = interface->name;
     stop_ = question_.stopWhen && question_.stopWhen(camera);
     const auto key = std::make_tuple(camera.hostInterface, camera.answer.mac, camera.answer.currentIp);
-    found_.insert_or_assign(key, std::move(camera));
+    const auto before = found_.find(key);
+    // What the interface's own network says of it is worth more than what a route says.
+    if (before == found_.end() || !camera.byRoute)
+        found_.insert_or_assign(key, std::move(camera));
 }
 
 bool Discovery::sourceFits(const Channel& channel, const UdpOrigin& origin, DiscoveryAnswer& answer) const {
     if (origin.port != question_.port)
         return false;
+    const auto asked = [&](const std::vector<std::uint32_t>& addresses) {
+        return std::find(addresses.begin(), addresses.end(), origin.ip) != addresses.end();
+    };
     if (channel.interface == nullptr) {
-        const auto& asked = question_.addresses;
-        if (std::find(asked.begin(), asked.end(), origin.ip) == asked.end())
-            return false;
         // Behind an address translation the camera doesn't know under which address we reach it.
-        answer.currentIp = origin.ip;
-        return true;
+        if (asked(question_.addresses))
+            answer.currentIp = origin.ip;
+        return asked(question_.addresses) || (asked(question_.ownAddresses) && answer.currentIp == origin.ip);
     }
     // An unconfined socket hears every interface; each answer belongs to the one on which it arrived.
     if (origin.interfaceIndex != channel.interface->index)
@@ -240,9 +249,6 @@ std::uint32_t Discovery::hostInterfaceFor(const Channel& channel, const UdpOrigi
                                           std::uint32_t cameraIp) const {
     if (channel.interface == nullptr)
         return origin.localIp;
-    const auto& own = question_.ownAddresses;
-    if (channel.interface->loopback && std::find(own.begin(), own.end(), origin.ip) != own.end())
-        return origin.ip;
     if (const HostAddress* near = channel.interface->addressFor(cameraIp))
         return near->ip;
     if (channel.interface->hasAddress(origin.localIp))

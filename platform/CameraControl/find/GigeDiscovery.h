@@ -31,16 +31,17 @@ struct FoundCamera {
     DiscoveryAnswer answer;
     std::uint32_t hostInterface = 0; // the address of this host through which it was found
     unsigned interfaceIndex = 0;
-    std::string interfaceName;      // empty where it was found by route alone
-    std::uint32_t answeredFrom = 0; // source address of its answer
+    std::string interfaceName;
+    bool byRoute = false; // not on that interface's own network, as far as was seen
 };
 
 struct DiscoveryQuestion {
-    std::vector<HostInterface>
-        interfaces; // asked by broadcast (loopback: one by one); undiscoverable ones are left out
-    std::vector<std::uint32_t>
-        ownAddresses; // this host's, asked through loopback where that is among the interfaces
-    std::vector<std::uint32_t> addresses; // asked one by one, by the routing table
+    // Asked by broadcast, loopback one by one; those that are not discoverable are left out.
+    std::vector<HostInterface> interfaces;
+    // The host's own addresses: a virtual camera may have one of them.
+    std::vector<std::uint32_t> ownAddresses;
+    // Asked one by one, by the routing table.
+    std::vector<std::uint32_t> addresses;
     std::vector<std::chrono::milliseconds> sends{std::chrono::milliseconds(0), std::chrono::milliseconds(60),
                                                  std::chrono::milliseconds(140)};
     std::chrono::milliseconds total{300};

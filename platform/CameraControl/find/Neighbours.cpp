@@ -52,18 +52,11 @@ bool requestNeighbours(int fd, unsigned interfaceIndex) {
     return ::send(fd, &request, sizeof request, 0) == static_cast<ssize_t>(sizeof request);
 }
 
-bool isLastPart(const std::uint8_t* data, std::size_t length) {
-    nlmsghdr header{};
-    if (length < sizeof header)
-        return true;
-    std::memcpy(&header, data, sizeof header);
-    return header.nlmsg_type == NLMSG_DONE || header.nlmsg_type == NLMSG_ERROR;
-}
-
 } // namespace
 
-std::optional<std::uint64_t> parseNeighbours(const std::uint8_t* data, std::size_t length,
-                                             unsigned interfaceIndex, std::uint32_t ip) {
+std::optional<Neighbour> parseNeighbours(const std::uint8_t* data, std::size_t length,
+                                         unsigned interfaceIndex, std::uint32_t ip) {
+    constexpr unsigned kResolved = NUD_REACHABLE | NUD_STALE | NUD_DELAY | NUD_PROBE | NUD_PERMANENT;
     std::size_t at = 0;
     while (at + sizeof(nlmsghdr) + sizeof(ndmsg) <= length) {
         nlmsghdr header{};
@@ -72,34 +65,32 @@ std::optional<std::uint64_t> parseNeighbours(const std::uint8_t* data, std::size
         std::memcpy(&body, data + at + sizeof header, sizeof body);
         if (header.nlmsg_len < sizeof header + sizeof body || header.nlmsg_len > length - at)
             break;
-        std::uint32_t neighbour = 0;
+        std::uint32_t address = 0;
         std::uint64_t mac = 0;
         readAttributes(data + at + sizeof header + sizeof body,
-                       header.nlmsg_len - sizeof header - sizeof body, neighbour, mac);
+                       header.nlmsg_len - sizeof header - sizeof body, address, mac);
         if (header.nlmsg_type == RTM_NEWNEIGH && body.ndm_ifindex == static_cast<int>(interfaceIndex) &&
-            (body.ndm_state & NUD_REACHABLE) != 0 && neighbour == ip)
-            return mac;
+            (body.ndm_state & kResolved) != 0 && address == ip && mac != 0)
+            return Neighbour{mac, (body.ndm_state & NUD_REACHABLE) != 0};
         at += NLMSG_ALIGN(header.nlmsg_len);
     }
     return std::nullopt;
 }
 
-std::optional<std::uint64_t> confirmedNeighbour(unsigned interfaceIndex, std::uint32_t ip) {
+std::optional<Neighbour> knownNeighbour(unsigned interfaceIndex, std::uint32_t ip) {
     const int fd = ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE);
     if (fd < 0)
         return std::nullopt;
-    std::optional<std::uint64_t> found;
+    std::optional<Neighbour> found;
     if (requestNeighbours(fd, interfaceIndex)) {
         std::array<std::uint8_t, 32768> buffer{};
+        // The kernel has each part of its answer ready before the call returns: an empty socket is the end.
         for (;;) {
-            const ssize_t length = ::recv(fd, buffer.data(), buffer.size(), 0);
+            const ssize_t length = ::recv(fd, buffer.data(), buffer.size(), MSG_DONTWAIT);
             if (length <= 0)
                 break;
-            const auto size = static_cast<std::size_t>(length);
             if (!found)
-                found = parseNeighbours(buffer.data(), size, interfaceIndex, ip);
-            if (isLastPart(buffer.data(), size))
-                break;
+                found = parseNeighbours(buffer.data(), static_cast<std::size_t>(length), interfaceIndex, ip);
         }
     }
     ::close(fd);
@@ -117,6 +108,7 @@ bool somebodyAnswersAt(const HostInterface& interface, std::uint32_t ip, std::ui
     options.interfaceName = interface.name;
     options.reportErrors = true;
     const Datagram question = discoveryCommand(1);
+    const auto before = knownNeighbour(interface.index, ip);
     if (socket.open(options) != 0 || socket.send(question.data(), question.size(), ip, gvcp::kPort) != 0)
         return false;
     const auto deadline = Clock::now() + patience;
@@ -131,11 +123,10 @@ bool somebodyAnswersAt(const HostInterface& interface, std::uint32_t ip, std::ui
         // Only the far end says "refused"; "no route to host" is our own kernel's word for silence.
         while (socket.takeError(destination, error))
             alive = alive || (destination == ip && error == ECONNREFUSED);
-        const auto neighbour = confirmedNeighbour(interface.index, ip);
-        if (neighbour)
-            return *neighbour != ownMac;
-        if (alive)
-            return true;
+        const auto now = knownNeighbour(interface.index, ip);
+        const bool fresh = now && (now->confirmed || !before || before->mac != now->mac);
+        if (alive || fresh)
+            return !now || now->mac != ownMac;
         pollfd watched{socket.descriptor(), POLLIN, 0};
         ::poll(&watched, 1, 10);
     }

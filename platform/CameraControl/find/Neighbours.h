@@ -11,13 +11,17 @@
 
 namespace kolt::cc {
 
-// The MAC that the kernel has for this address on this interface and has confirmed lately (state
-// "reachable"); nothing when it has none, or only an old one.
-std::optional<std::uint64_t> confirmedNeighbour(unsigned interfaceIndex, std::uint32_t ip);
+struct Neighbour {
+    std::uint64_t mac = 0;
+    bool confirmed = false; // heard of within the last half minute or so, not just remembered
+};
 
-// The same from a netlink answer (RTM_NEWNEIGH messages); untouched by anything but its bytes.
-std::optional<std::uint64_t> parseNeighbours(const std::uint8_t* data, std::size_t length,
-                                             unsigned interfaceIndex, std::uint32_t ip);
+// What the kernel knows of this address on this interface; nothing when it has no MAC for it.
+std::optional<Neighbour> knownNeighbour(unsigned interfaceIndex, std::uint32_t ip);
+
+// The same from a netlink answer (RTM_NEWNEIGH messages), whose bytes are not trusted.
+std::optional<Neighbour> parseNeighbours(const std::uint8_t* data, std::size_t length,
+                                         unsigned interfaceIndex, std::uint32_t ip);
 
 // Sends one datagram to the address, so that the kernel has to resolve it, and watches for a sign of life: an
 // answer, a "port unreachable", or a confirmed MAC. Addresses outside the interface's subnets are not asked:

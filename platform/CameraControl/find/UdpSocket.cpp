@@ -67,6 +67,11 @@ int UdpSocket::open(const UdpOptions& options) {
     int error = setFlag(fd_, IPPROTO_IP, IP_PKTINFO);
     if (error == 0 && options.broadcast)
         error = setFlag(fd_, SOL_SOCKET, SO_BROADCAST);
+    if (error == 0 && options.manyAnswers) {
+        // The system takes what it allows; less is no failure.
+        const int wanted = 4 << 20;
+        ::setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &wanted, sizeof wanted);
+    }
     if (error == 0 && options.reportErrors)
         error = setFlag(fd_, IPPROTO_IP, IP_RECVERR);
     if (error == 0 && !options.interfaceName.empty()) {

@@ -12,6 +12,7 @@ struct UdpOptions {
     std::uint32_t bindIp = 0;  // local address; 0: any
     std::string interfaceName; // confine to this interface where the system allows it; empty: none
     bool broadcast = false;    // allow sending to broadcast addresses
+    bool manyAnswers = false;  // as much receive buffer as the system allows
     bool reportErrors = false; // deliver ICMP errors (port unreachable) through takeError
 };
 

@@ -19,7 +19,7 @@ std::string_view trim(std::string_view text) {
     return text;
 }
 
-// Takes the prefix away when it is there in whatever case; blanks may stand before its colon's end.
+// Takes the prefix (in lower case) away when it is there, in whatever case.
 bool takePrefix(std::string_view& text, std::string_view prefix) {
     if (text.size() < prefix.size())
         return false;
@@ -101,9 +101,10 @@ XmlLocation parseFile(std::string_view text) {
     if (text.substr(0, 2) == "//")
         text.remove_prefix(2);
     XmlLocation location;
+    location.kind = XmlLocation::Kind::file;
     location.name = withoutEscapes(trim(text));
-    if (!location.name.empty() && location.name.find('\0') == std::string::npos)
-        location.kind = XmlLocation::Kind::file;
+    if (location.name.empty() || location.name.find('\0') != std::string::npos)
+        return {};
     return location;
 }
 

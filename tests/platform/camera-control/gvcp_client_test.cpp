@@ -233,6 +233,10 @@ struct RubbishCase {
     std::uint64_t DropCounters::*counter;
 };
 
+void PrintTo(const RubbishCase& c, std::ostream* out) {
+    *out << c.name;
+}
+
 class GvcpClientRubbish : public testing::TestWithParam<RubbishCase> {};
 
 // Rubbish in front of the right answer is dropped and counted, and the answer behind it taken.

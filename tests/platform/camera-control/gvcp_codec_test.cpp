@@ -47,6 +47,10 @@ struct AckCase {
     Verdict verdict;
 };
 
+void PrintTo(const AckCase& c, std::ostream* out) {
+    *out << c.name;
+}
+
 class GvcpAcknowledge : public testing::TestWithParam<AckCase> {};
 
 TEST_P(GvcpAcknowledge, IsJudged) {
