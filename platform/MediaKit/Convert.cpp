@@ -145,10 +145,24 @@ private:
         return row % 2 == 0 ? traits_.firstRow : OtherRow(traits_.firstRow);
     }
 
+    /* Asks for a row that will be wanted after the next one has been made. */
+    void Prefetch(std::ptrdiff_t row) const {
+        if (row < 0 || row >= static_cast<std::ptrdiff_t>(picture_.height)) {
+            return;
+        }
+        const std::size_t pixel = FirstPixel(static_cast<std::uint32_t>(row));
+        const std::uint8_t* const end = picture_.pixels + PixelBytes(traits_.packing, pixel + picture_.width);
+        for (const std::uint8_t* at = picture_.pixels + PixelBytes(traits_.packing, pixel); at < end;
+             at += 64) {
+            __builtin_prefetch(at);
+        }
+    }
+
     /* Makes sure that the mosaic's rows up to and with `row` are in the ring. */
     void LoadTo(std::ptrdiff_t row) {
         for (; loaded_ <= row; ++loaded_) {
             std::uint8_t* line = lines_.Raw(loaded_);
+            Prefetch(loaded_ + 1);
             Unpack(FirstPixel(Mirror(loaded_, picture_.height)), line, picture_.width);
             FillMargins(line, picture_.width);
         }

@@ -25,7 +25,7 @@ void LineBuffers::Prepare(std::size_t width) {
     if (pitch % 512 == 0) {
         pitch += 64;
     }
-    buffer_.Reserve(pitch * (3 * kLines + 4));
+    buffer_.Reserve(pitch * (kRawLines + 2 * kGreenLines + kSpareLines));
     pitch_ = pitch;
 }
 

@@ -16,23 +16,28 @@ namespace media {
  */
 class LineBuffers {
 public:
-    static constexpr unsigned kLines = 8;
-
     /* Room for rows of that many pixels. Throws std::bad_alloc. */
     void Prepare(std::size_t width);
 
-    std::uint8_t* Raw(std::ptrdiff_t row) { return Line(Slot(row)); }
+    std::uint8_t* Raw(std::ptrdiff_t row) { return Line(Slot(row, kRawLines)); }
     GreenLine Green(std::ptrdiff_t row) {
-        return {reinterpret_cast<std::uint16_t*>(Line(kLines + Slot(row))),
-                reinterpret_cast<std::uint16_t*>(Line(2 * kLines + Slot(row)))};
+        const std::size_t line = kRawLines + 2 * Slot(row, kGreenLines);
+        return {reinterpret_cast<std::uint16_t*>(Line(line)),
+                reinterpret_cast<std::uint16_t*>(Line(line + 1))};
     }
-
     /* Room for a row of a result that nobody wants, of up to four bytes a pixel. */
-    std::uint8_t* Spare() { return Line(3 * kLines); }
+    std::uint8_t* Spare() { return Line(kRawLines + 2 * kGreenLines); }
 
 private:
-    static std::size_t Slot(std::ptrdiff_t row) {
-        return static_cast<std::size_t>(row + static_cast<std::ptrdiff_t>(kLines)) % kLines;
+    // No more than Hamilton-Adams has in use at once: all of them together should stay in the first-level
+    // cache.
+    static constexpr std::size_t kRawLines = 5;
+    static constexpr std::size_t kGreenLines = 3;
+    static constexpr std::size_t kSpareLines = 4;
+
+    static std::size_t Slot(std::ptrdiff_t row, std::size_t lines) {
+        // Row numbers begin at -3.
+        return (static_cast<std::size_t>(row + 3)) % lines;
     }
     std::uint8_t* Line(std::size_t index) { return buffer_.Data() + index * pitch_ + kLineMargin; }
 

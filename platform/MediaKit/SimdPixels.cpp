@@ -110,11 +110,29 @@ void Grey(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT de
     }
 }
 
+/* Exchanges red and blue, five pixels in each block of 16 bytes. The sixteenth is written again by the next
+ * block. */
+void RgbToBgr(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT destination,
+              std::size_t pixels) {
+    alignas(16) static constexpr std::uint8_t kExchanged[16] = {2, 1,  0,  5, 4,  3,  8,  7,
+                                                                6, 11, 10, 9, 14, 13, 12, 15};
+    const hn::Full128<std::uint8_t> d;
+    const auto exchanged = hn::Load(d, kExchanged);
+    std::size_t i = 0;
+    for (; i + 6 <= pixels; i += 5) {
+        hn::StoreU(hn::TableLookupBytes(hn::LoadU(d, source + 3 * i), exchanged), d, destination + 3 * i);
+    }
+    PlainKernels().rgb[static_cast<std::size_t>(Layout::Bgr)](source + 3 * i, destination + 3 * i,
+                                                              pixels - i);
+}
+
 template<Layout L>
 void Rgb(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT destination,
          std::size_t pixels) {
     if constexpr (L == Layout::Rgb) {
         std::memcpy(destination, source, 3 * pixels);
+    } else if constexpr (L == Layout::Bgr) {
+        RgbToBgr(source, destination, pixels);
     } else {
         const Bytes d;
         if (pixels < kLanes) {
