@@ -12,9 +12,12 @@ public:
     virtual void GetSymbolics(StringList_t& Symbolics) = 0;
     /// All entries, in the XML's order.
     virtual void GetEntries(NodeList_t& Entries) = 0;
-    virtual IEnumeration& operator=(const GenICam_3_0::gcstring& ValueStr) = 0;
+    IEnumeration& operator=(const GenICam_3_0::gcstring& ValueStr) {
+        FromString(ValueStr);
+        return *this;
+    }
     virtual void SetIntValue(int64_t Value, bool Verify = true) = 0;
-    virtual GenICam_3_0::gcstring operator*() = 0;
+    GenICam_3_0::gcstring operator*() { return ToString(); }
     virtual int64_t GetIntValue(bool Verify = false, bool IgnoreCache = false) = 0;
     /// Null when there is no such entry.
     virtual IEnumEntry* GetEntryByName(const GenICam_3_0::gcstring& Symbolic) = 0;

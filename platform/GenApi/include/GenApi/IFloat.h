@@ -8,10 +8,13 @@ namespace GenApi_3_0 {
 class GENAPI_API IFloat : public virtual IValue {
 public:
     virtual void SetValue(double Value, bool Verify = true) = 0;
-    virtual IFloat& operator=(double Value) = 0;
+    IFloat& operator=(double Value) {
+        SetValue(Value);
+        return *this;
+    }
     virtual double GetValue(bool Verify = false, bool IgnoreCache = false) = 0;
-    virtual double operator()() = 0;
-    virtual double operator*() = 0;
+    double operator()() { return GetValue(); }
+    double operator*() { return GetValue(); }
     virtual double GetMin() = 0;
     virtual double GetMax() = 0;
     virtual bool HasInc() = 0;

@@ -8,10 +8,13 @@ namespace GenApi_3_0 {
 class GENAPI_API IInteger : public virtual IValue {
 public:
     virtual void SetValue(int64_t Value, bool Verify = true) = 0;
-    virtual IInteger& operator=(int64_t Value) = 0;
+    IInteger& operator=(int64_t Value) {
+        SetValue(Value);
+        return *this;
+    }
     virtual int64_t GetValue(bool Verify = false, bool IgnoreCache = false) = 0;
-    virtual int64_t operator()() = 0;
-    virtual int64_t operator*() = 0;
+    int64_t operator()() { return GetValue(); }
+    int64_t operator*() { return GetValue(); }
     virtual int64_t GetMin() = 0;
     virtual int64_t GetMax() = 0;
     virtual EIncMode GetIncMode() = 0;

@@ -1,0 +1,68 @@
+#include "core/ValueNode.h"
+
+#include "core/Evaluation.h"
+#include "core/Linker.h"
+
+namespace genapi {
+
+using namespace GenApi_3_0;
+using GenICam_3_0::gcstring;
+
+gcstring ValueNode::ToString(bool Verify, bool IgnoreCache) {
+    const Operation operation(map());
+    requireReadable();
+    return toText(Verify, {IgnoreCache});
+}
+
+void ValueNode::FromString(const gcstring& ValueStr, bool Verify) {
+    const Operation operation(map());
+    if (Verify)
+        requireWritable();
+    checkFault();
+    fromText(ValueStr.str(), Verify);
+}
+
+bool ValueNode::IsValueCacheValid() const {
+    const Operation operation(map());
+    return valueCacheValid();
+}
+
+bool ValueNode::IsSelector() const {
+    return !text(PropertyId::pSelected).empty();
+}
+
+void ValueNode::GetSelectedFeatures(FeatureList_t& list) const {
+    list.clear();
+    for (const Property& property : *this)
+        if (property.id == PropertyId::pSelected)
+            if (auto* value = dynamic_cast<IValue*>(map().find(property.text)))
+                list.push_back(value);
+}
+
+void ValueNode::GetSelectingFeatures(FeatureList_t& list) const {
+    list.clear();
+    for (Node* node : map().nodes())
+        for (const Property& property : *node)
+            if (property.id == PropertyId::pSelected && property.text == name()) {
+                if (auto* value = dynamic_cast<IValue*>(node))
+                    list.push_back(value);
+                break;
+            }
+}
+
+void ValueNode::link(Linker& linker, const Property& property) {
+    if (property.id != PropertyId::pSelected) {
+        Node::link(linker, property);
+        return;
+    }
+    // Whatever the XML says of addresses and invalidators: under another selector the selected value is
+    // another.
+    if (Node* selected = linker.ifThere(property.text))
+        linker.invalidates(*this, *selected);
+}
+
+void ValueNode::throwBadText(const std::string& text, const char* wanted) const {
+    throw INVALID_ARGUMENT_EXCEPTION("%s: '%s' is no %s", label().c_str(), text.c_str(), wanted);
+}
+
+} // namespace genapi
