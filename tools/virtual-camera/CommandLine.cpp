@@ -109,7 +109,7 @@ std::vector<Option> CameraOptions() {
         {"--count", "N", "so many cameras; addresses, serial numbers and MACs count up",
          [](State& s, Text t) { s.count = Number32(t, 1, 250); }},
         {"--serial", "S", "serial number (VC000001)", [](State& s, Text t) { s.config.serial = t; }},
-        {"--mac", "MAC", "MAC address (made from the serial number)",
+        {"--mac", "MAC", "MAC address (made from serial number and address)",
          [](State& s, Text t) { s.config.mac = Mac(t); }},
         {"--model", "KIND", "colour or mono", [](State& s, Text t) { s.config.model = ModelOf(t); }},
         {"--model-name", "NAME", "model name", [](State& s, Text t) { s.config.modelName = t; }},

@@ -136,7 +136,7 @@ std::string VirtualCamera::Xml() const {
 }
 
 bool VirtualCamera::IsStreaming() const {
-    return Running().stream.IsAcquiring();
+    return Running().stream.IsBusy();
 }
 
 bool VirtualCamera::IsControlled() const {

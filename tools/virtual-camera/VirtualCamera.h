@@ -62,7 +62,7 @@ struct Config {
     std::string interface;
     std::string mask; // empty: that of the interface
     std::string gateway = "0.0.0.0";
-    std::array<uint8_t, 6> mac{}; // all zero: made from the serial number
+    std::array<uint8_t, 6> mac{}; // all zero: made from serial number and address
     Model model = Model::Colour;
     std::string manufacturer = "KOLT";
     std::string modelName; // empty: by model
@@ -93,6 +93,7 @@ struct Counters {
     uint64_t packetsMissing = 0;  // dropped and to this moment never put on the wire
     uint64_t framesMissingPackets = 0; // frames that have at least one of these
     uint64_t resendRequests = 0;       // PACKETRESEND commands
+    uint64_t resendsServed = 0;        // of these, done: answered, or passed over on purpose
     uint64_t packetsRequested = 0;     // packets that they ask for
     uint64_t packetsResent = 0;        // put on the wire because of them
     uint64_t resendsDropped = 0;       // dropped on purpose again
@@ -152,8 +153,8 @@ public:
     Faults GetFaults() const;
     void SetFaults(const Faults& faults);
     std::vector<Patch> Patches() const;
-    std::string Xml() const; // as made, before any fault
-    bool IsStreaming() const;
+    std::string Xml() const;  // as made, before any fault
+    bool IsStreaming() const; // acquiring, or still sending the last frame
     bool IsControlled() const;
     void FireLine(uint32_t line); // a rising edge on input line 0 to 3, a trigger source
 

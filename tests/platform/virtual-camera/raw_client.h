@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace kolt::test {
@@ -82,6 +83,18 @@ private:
     unsigned m_pendings = 0;
 };
 
+// Waits for what a thread of the camera is about to do.
+template<class Condition>
+bool Eventually(Condition condition) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(milliseconds(2));
+    }
+    return true;
+}
+
 // Takes the packets of a stream and sorts them into frames.
 struct RawFrame {
     Bytes leader, trailer;             // whole packets, empty: lost
@@ -109,6 +122,17 @@ public:
             Sort(*packet);
             if (enough())
                 return;
+        }
+    }
+    // Takes packets until `done`, and then those that are here already: a packet on loopback arrives as it is
+    // sent.
+    template<class Done>
+    void CollectUntil(Done done) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        for (bool last = false; !last && std::chrono::steady_clock::now() < deadline;) {
+            last = done();
+            while (auto packet = Packet(milliseconds(last ? 0 : 5)))
+                Sort(*packet);
         }
     }
     void Sort(const Bytes& packet);

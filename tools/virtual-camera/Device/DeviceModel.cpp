@@ -6,6 +6,7 @@
 #include "Protocol/GvspCodec.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 namespace vcam {
@@ -19,10 +20,12 @@ int64_t Nanoseconds(Clock::time_point at) {
     return std::chrono::duration_cast<std::chrono::nanoseconds>(at.time_since_epoch()).count();
 }
 
-// Locally administered, and as different as the serial numbers are (FNV-1a).
-std::array<uint8_t, 6> MacFromSerial(const std::string& serial) {
+// Locally administered, and as different as serial numbers and addresses are (FNV-1a). The address counts
+// since cameras of several processes, all with the serial number of the default, may hear the same
+// broadcasts.
+std::array<uint8_t, 6> MadeMac(const Config& config) {
     uint32_t hash = 2166136261u;
-    for (const char c : serial)
+    for (const char c : config.serial + '@' + config.address)
         hash = (hash ^ static_cast<uint8_t>(c)) * 16777619u;
     std::array<uint8_t, 6> mac{0x02, 0x4B};
     Put32(mac.data() + 2, hash);
@@ -67,7 +70,7 @@ DeviceModel::DeviceModel(const Config& config, FaultPanel& faults, CounterBoard&
         m_config.modelName = config.model == Model::Colour ? "KV-2000C" : "KV-2000M";
     m_mac = config.mac;
     if (m_mac == std::array<uint8_t, 6>{})
-        m_mac = MacFromSerial(config.serial);
+        m_mac = MadeMac(config);
     m_tickZero = Nanoseconds(m_started);
 
     XmlDocument xml;
@@ -174,7 +177,7 @@ double DeviceModel::TransferTimeUs() const {
     picture.width = m_memory.Get32(feature::kWidth);
     picture.height = m_memory.Get32(feature::kHeight);
     picture.pixelFormat = m_memory.Get32(feature::kPixelFormat);
-    const double packets = static_cast<double>(PictureBytes(picture)) / perPacket + 2;
+    const double packets = std::ceil(static_cast<double>(PictureBytes(picture)) / perPacket) + 2;
     double each = m_memory.Get32(bootstrap::kStreamPacketDelay) / 1000.0;
     if (m_config.linkSpeedMbps > 0)
         each += packetSize * 8.0 / m_config.linkSpeedMbps;

@@ -54,6 +54,7 @@ constexpr NamedCounter kCounters[] = {
     {"VcamPacketsMissing", &Counters::packetsMissing},
     {"VcamFramesMissingPackets", &Counters::framesMissingPackets},
     {"VcamResendRequests", &Counters::resendRequests},
+    {"VcamResendsServed", &Counters::resendsServed},
     {"VcamPacketsRequested", &Counters::packetsRequested},
     {"VcamPacketsResent", &Counters::packetsResent},
     {"VcamResendsDropped", &Counters::resendsDropped},

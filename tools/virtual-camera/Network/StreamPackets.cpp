@@ -165,6 +165,7 @@ void StreamSender::ServeResends(std::unique_lock<std::mutex>& lock) {
     m_resends.pop_front();
     lock.unlock();
     Resend(request);
+    m_counters.Add(&Counters::resendsServed);
     lock.lock();
 }
 

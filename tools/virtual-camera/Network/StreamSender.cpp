@@ -132,6 +132,11 @@ bool StreamSender::IsAcquiring() const {
     return m_acquiring;
 }
 
+bool StreamSender::IsBusy() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_acquiring || m_inFrame;
+}
+
 void StreamSender::RequestResend(const ResendRequest& request) {
     m_counters.Add(&Counters::resendRequests);
     const std::lock_guard<std::mutex> lock(m_mutex);

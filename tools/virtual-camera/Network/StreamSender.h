@@ -30,6 +30,7 @@ public:
     void Rebind(uint32_t address);
     void RequestResend(const ResendRequest& request);
     std::vector<FrameLoss> LossyFrames() const;
+    bool IsBusy() const; // acquiring, or still sending the last frame
 
     void StartAcquisition() override;
     void StopAcquisition() override;

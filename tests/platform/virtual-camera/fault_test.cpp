@@ -1,0 +1,619 @@
+// The camera's stream packet by packet: what it loses, repeats, cuts and counts on purpose.
+#include "Device/BootstrapRegisters.h"
+#include "Device/FeatureRegisters.h"
+#include "VirtualCamera.h"
+#include "raw_client.h"
+#include "support/LoopbackAddress.h"
+
+#include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace {
+
+using namespace kolt::test;
+using vcam::Config;
+using vcam::Faults;
+using vcam::VirtualCamera;
+namespace feature = vcam::feature;
+
+constexpr auto kQuiet = milliseconds(400);
+constexpr uint32_t kMultiFrame = 2;
+constexpr uint32_t kPayloadOf1500 = 1500 - 36;
+
+class VirtualCameraStreamPackets : public testing::Test {
+protected:
+    void Start(const std::function<void(Config&)>& change = {}) {
+        Config config;
+        config.address = LoopbackAddress(0);
+        config.sensorWidth = 320;
+        config.sensorHeight = 240;
+        config.frameRate = 200;
+        if (change)
+            change(config);
+        camera = std::make_unique<VirtualCamera>(config);
+        camera->Start();
+        client = std::make_unique<RawClient>(camera->Address());
+        OpenChannel(*client, receiver);
+    }
+    // Takes `count` frames and collects all that comes of them.
+    void Take(uint32_t count) {
+        ASSERT_EQ(client
+                      ->WriteRegisters({{feature::kAcquisitionMode, kMultiFrame},
+                                        {feature::kAcquisitionFrameCount, count},
+                                        {feature::kAcquisitionStart, 1}})
+                      .status,
+                  kOk);
+        receiver.CollectUntil([this] { return !camera->IsStreaming(); });
+    }
+    void TakeResent(uint64_t requests) {
+        receiver.CollectUntil([this, requests] { return camera->GetCounters().resendsServed >= requests; });
+    }
+    static uint32_t PacketsOf(size_t bytes, uint32_t perPacket) {
+        return static_cast<uint32_t>((bytes + perPacket - 1) / perPacket) + 2;
+    }
+    void ExpectWhole(const RawFrame& frame, size_t bytes, uint32_t perPacket = kPayloadOf1500) {
+        const uint32_t packets = PacketsOf(bytes, perPacket);
+        EXPECT_EQ(frame.Packets(), packets);
+        EXPECT_FALSE(frame.leader.empty());
+        EXPECT_EQ(frame.trailerId, packets - 1);
+        size_t sum = 0;
+        uint32_t expected = 1;
+        for (const auto& [id, data] : frame.payload) {
+            EXPECT_EQ(id, expected++);
+            if (id < packets - 2) {
+                EXPECT_EQ(data.size(), perPacket);
+            }
+            sum += data.size();
+        }
+        EXPECT_EQ(sum, bytes);
+    }
+
+    RawReceiver receiver;
+    std::unique_ptr<VirtualCamera> camera;
+    std::unique_ptr<RawClient> client;
+};
+
+TEST_F(VirtualCameraStreamPackets, FramesAreWholeAndCounted) {
+    Start();
+    Take(3);
+    ASSERT_EQ(receiver.frames.size(), 3u);
+    for (uint16_t block = 1; block <= 3; ++block) {
+        ExpectWhole(receiver.frames[block], 320 * 240);
+        const Bytes& leader = receiver.frames[block].leader;
+        EXPECT_EQ(Be32(leader, 8 + 12), 0x01080001u);
+        EXPECT_EQ(Be32(leader, 8 + 16), 320u);
+        EXPECT_EQ(Be32(leader, 8 + 20), 240u);
+    }
+    EXPECT_LT(Be64(receiver.frames[1].leader, 12), Be64(receiver.frames[2].leader, 12)) << "timestamps grow";
+    const vcam::Counters counters = camera->GetCounters();
+    const uint32_t packets = PacketsOf(320 * 240, kPayloadOf1500);
+    EXPECT_EQ(counters.framesStarted, 3u);
+    EXPECT_EQ(counters.framesCompleted, 3u);
+    EXPECT_EQ(counters.packetsOfFrames, 3u * packets);
+    EXPECT_EQ(counters.packetsSent, 3u * packets);
+    EXPECT_EQ(counters.packetsMissing, 0u);
+    EXPECT_EQ(counters.bytesSent, 3u * (320 * 240 + 8u * packets + 36 + 8));
+    EXPECT_FALSE(camera->IsStreaming()) << "the acquisition ended by itself";
+}
+
+class PacketSizes : public VirtualCameraStreamPackets, public testing::WithParamInterface<uint32_t> {};
+
+TEST_P(PacketSizes, CutTheFrame) {
+    Start();
+    ASSERT_EQ(client->Write(vcam::bootstrap::kStreamPacketSize, GetParam()), kOk);
+    Take(1);
+    ExpectWhole(receiver.frames[1], 320 * 240, GetParam() - 36);
+}
+
+INSTANTIATE_TEST_SUITE_P(Some, PacketSizes, testing::Values(576u, 1500u, 4000u, 9000u, 16000u, 16384u));
+
+TEST_F(VirtualCameraStreamPackets, PacketSizeHasLimits) {
+    Start();
+    for (const uint32_t size : {0u, 572u, 1501u, 16388u, 65532u})
+        EXPECT_EQ(client->Write(vcam::bootstrap::kStreamPacketSize, size), kInvalidParameter) << size;
+}
+
+// Every packet that didn't come is in the camera's books, frame by frame.
+TEST_F(VirtualCameraStreamPackets, LossIsExactlyAccounted) {
+    Start([](Config& config) {
+        config.faults.lossPerMille = 100;
+        config.seed = 7;
+    });
+    Take(40);
+    const uint32_t packets = PacketsOf(320 * 240, kPayloadOf1500);
+    std::map<uint16_t, uint32_t> lost;
+    uint64_t sum = 0;
+    for (uint16_t block = 1; block <= 40; ++block) {
+        const auto missing = packets - static_cast<uint32_t>(receiver.frames[block].Packets());
+        if (missing > 0)
+            lost[block] = missing;
+        sum += missing;
+    }
+    const vcam::Counters counters = camera->GetCounters();
+    EXPECT_EQ(counters.packetsMissing, sum);
+    EXPECT_EQ(counters.packetsDropped, sum);
+    EXPECT_EQ(counters.packetsSent, 40u * packets - sum);
+    EXPECT_EQ(counters.framesMissingPackets, lost.size());
+    EXPECT_NEAR(double(sum), 4.0 * packets, 2.0 * packets) << "about one in ten";
+    std::map<uint16_t, uint32_t> told;
+    for (const vcam::FrameLoss& frame : camera->LossyFrames()) {
+        told[frame.blockId] = frame.missing;
+        EXPECT_EQ(frame.packets, packets);
+    }
+    EXPECT_EQ(told, lost);
+}
+
+TEST_F(VirtualCameraStreamPackets, LossFollowsTheSeedAlone) {
+    const auto pattern = [this](uint64_t seed) {
+        receiver.frames.clear();
+        Start([seed](Config& config) {
+            config.faults.lossPerMille = 50;
+            config.seed = seed;
+        });
+        Take(10);
+        std::set<std::pair<uint16_t, uint32_t>> came;
+        for (const auto& [block, frame] : receiver.frames) {
+            for (const auto& [id, data] : frame.payload)
+                came.insert({block, id});
+        }
+        camera.reset();
+        return came;
+    };
+    const auto first = pattern(1);
+    EXPECT_EQ(pattern(1), first);
+    EXPECT_NE(pattern(2), first);
+}
+
+TEST_F(VirtualCameraStreamPackets, LosePayloadOnlySparesTheEdges) {
+    Start([](Config& config) {
+        config.faults.lossPerMille = 1000;
+        config.faults.losePayloadOnly = true;
+    });
+    Take(3);
+    for (uint16_t block = 1; block <= 3; ++block) {
+        EXPECT_FALSE(receiver.frames[block].leader.empty());
+        EXPECT_FALSE(receiver.frames[block].trailer.empty());
+        EXPECT_TRUE(receiver.frames[block].payload.empty());
+    }
+}
+
+TEST_F(VirtualCameraStreamPackets, ResendFillsTheGapsAndTheBooks) {
+    Start([](Config& config) { config.faults.lossPerMille = 200; });
+    Take(4);
+    const uint32_t packets = PacketsOf(320 * 240, kPayloadOf1500);
+    const uint64_t missing = camera->GetCounters().packetsMissing;
+    ASSERT_GT(missing, 0u);
+    for (uint16_t block = 1; block <= 4; ++block)
+        client->RequestResend(block, 0, 0xFFFFFF); // "to the end"
+    TakeResent(4);
+    for (uint16_t block = 1; block <= 4; ++block) {
+        ExpectWhole(receiver.frames[block], 320 * 240);
+        EXPECT_EQ(receiver.frames[block].resent, packets);
+    }
+    const vcam::Counters counters = camera->GetCounters();
+    EXPECT_EQ(counters.packetsMissing, 0u);
+    EXPECT_EQ(counters.framesMissingPackets, 0u);
+    EXPECT_EQ(counters.packetsDropped, missing);
+    EXPECT_EQ(counters.resendRequests, 4u);
+    EXPECT_EQ(counters.packetsRequested, 4u * packets);
+    EXPECT_EQ(counters.packetsResent, 4u * packets);
+    EXPECT_EQ(counters.packetsSent, 4u * packets) << "first times only";
+    EXPECT_TRUE(camera->LossyFrames().empty());
+}
+
+TEST_F(VirtualCameraStreamPackets, ResentPacketsAreTheSameBytes) {
+    Start();
+    Take(2);
+    const RawFrame before = receiver.frames[2];
+    receiver.frames.clear();
+    client->RequestResend(2, 3, 5);
+    TakeResent(1);
+    ASSERT_EQ(receiver.frames[2].payload.size(), 3u);
+    for (uint32_t id = 3; id <= 5; ++id)
+        EXPECT_EQ(receiver.frames[2].payload[id], before.payload.at(id));
+}
+
+TEST_F(VirtualCameraStreamPackets, ResendsCanBeLostToo) {
+    Start([](Config& config) {
+        config.faults.lossPerMille = 500;
+        config.faults.resendsLoseToo = true;
+    });
+    Take(1);
+    client->RequestResend(1, 0, 0xFFFFFF);
+    TakeResent(1);
+    const uint32_t packets = PacketsOf(320 * 240, kPayloadOf1500);
+    const vcam::Counters counters = camera->GetCounters();
+    EXPECT_GT(counters.resendsDropped, 0u);
+    EXPECT_EQ(counters.packetsResent + counters.resendsDropped, packets);
+    EXPECT_EQ(counters.packetsMissing, packets - receiver.frames[1].Packets());
+}
+
+TEST_F(VirtualCameraStreamPackets, UnknownFrameIsUnavailable) {
+    Start();
+    Take(1);
+    client->RequestResend(77, 4, 6);
+    TakeResent(1);
+    EXPECT_EQ(receiver.frames[77].unavailable, (std::set<uint32_t>{4, 5, 6}));
+    EXPECT_EQ(camera->GetCounters().packetsUnavailable, 3u);
+    EXPECT_EQ(camera->GetCounters().packetsResent, 0u);
+}
+
+TEST_F(VirtualCameraStreamPackets, NonsensicalResendsDoNoHarm) {
+    Start();
+    Take(1);
+    client->RequestResend(1, 50000, 60000); // beyond the end
+    client->RequestResend(1, 9, 3);         // backwards
+    client->RequestResend(0, 0, 0xFFFFFF);
+    client->RequestResend(9, 5, 2);
+    client->RequestResend(1, 1, 1);
+    TakeResent(5);
+    EXPECT_EQ(camera->GetCounters().packetsResent, 1u);
+    EXPECT_EQ(camera->GetCounters().resendRequests, 5u);
+}
+
+TEST_F(VirtualCameraStreamPackets, ResendCanBeSwitchedOff) {
+    Start([](Config& config) { config.faults.ignoreResend = true; });
+    Take(1);
+    receiver.frames.clear();
+    client->RequestResend(1, 0, 0xFFFFFF);
+    receiver.Collect(milliseconds(150), [] { return false; });
+    EXPECT_TRUE(receiver.frames.empty());
+    EXPECT_EQ(camera->GetCounters().resendRequests, 1u);
+}
+
+TEST_F(VirtualCameraStreamPackets, DuplicatesAndDisorderAreMadeAndCounted) {
+    Start([](Config& config) {
+        config.faults.duplicatePerMille = 100;
+        config.faults.reorderPerMille = 100;
+        config.linkSpeedMbps = 0; // whole batches
+    });
+    Take(10);
+    unsigned copies = 0;
+    for (auto& [block, frame] : receiver.frames) {
+        ExpectWhole(frame, 320 * 240);
+        copies += frame.copies;
+    }
+    const vcam::Counters counters = camera->GetCounters();
+    EXPECT_EQ(counters.packetsDuplicated, copies);
+    EXPECT_GT(copies, 0u);
+    EXPECT_GT(counters.packetsReordered, 0u);
+    unsigned disorder = 0;
+    for (auto& [block, frame] : receiver.frames)
+        disorder += frame.disorder;
+    EXPECT_GT(disorder, 0u);
+}
+
+TEST_F(VirtualCameraStreamPackets, SizeChangesInMidStream) {
+    Start([](Config& config) { config.frameRate = 50; });
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    receiver.Collect(kQuiet, [this] { return receiver.frames.size() >= 3; });
+    Faults faults = camera->GetFaults();
+    faults.changedWidth = 160;
+    faults.changedHeight = 400;
+    camera->SetFaults(faults);
+    receiver.Collect(kQuiet, [this] { return receiver.frames.size() >= 8; });
+    ASSERT_EQ(client->Write(feature::kAcquisitionStop, 1), kOk);
+    receiver.CollectUntil([this] { return !camera->IsStreaming(); });
+    EXPECT_EQ(Be32(receiver.frames[1].leader, 24), 320u);
+    const RawFrame& last = receiver.frames.rbegin()->second;
+    EXPECT_EQ(Be32(last.leader, 24), 160u);
+    EXPECT_EQ(Be32(last.leader, 28), 400u);
+    ExpectWhole(last, 160 * 400);
+    EXPECT_EQ(client->Read(feature::kWidth), 320u) << "the registers say nothing of it";
+    EXPECT_EQ(client->Read(feature::kPayloadSize), 320u * 240);
+}
+
+TEST_F(VirtualCameraStreamPackets, MoreBytesThanAnnounced) {
+    Start([](Config& config) { config.faults.extraBytes = 5000; });
+    Take(2);
+    EXPECT_EQ(Be32(receiver.frames[2].leader, 24), 320u);
+    ExpectWhole(receiver.frames[2], 320 * 240 + 5000);
+    EXPECT_EQ(client->Read(feature::kPayloadSize), 320u * 240);
+}
+
+TEST_F(VirtualCameraStreamPackets, NarrowPathSwallowsBigPackets) {
+    Start([](Config& config) { config.mtu = 1500; });
+    Take(1);
+    ExpectWhole(receiver.frames[1], 320 * 240);
+    receiver.frames.clear();
+    ASSERT_EQ(client->Write(vcam::bootstrap::kStreamPacketSize, 4040), kOk);
+    Take(1);
+    EXPECT_EQ(receiver.frames[1].Packets(), 3u) << "leader, the short last packet and trailer";
+    const uint32_t big = PacketsOf(320 * 240, 4040 - 36) - 3;
+    EXPECT_EQ(camera->GetCounters().packetsTooBig, big);
+    EXPECT_EQ(camera->GetCounters().packetsMissing, big);
+}
+
+TEST_F(VirtualCameraStreamPackets, TestPacketHasTheSizeSet) {
+    Start([](Config& config) { config.mtu = 1500; });
+    const auto fire = [this](uint32_t size) {
+        EXPECT_EQ(client->Write(vcam::bootstrap::kStreamPacketSize, 0xC0000000 | size), kOk);
+        return receiver.Packet(milliseconds(300));
+    };
+    const auto packet = fire(1400);
+    ASSERT_TRUE(packet);
+    EXPECT_EQ(packet->size(), 1400u - 28);
+    EXPECT_EQ(Be16(*packet, 2), 0) << "block id of test packets";
+    EXPECT_EQ(fire(1500)->size(), 1500u - 28);
+    EXPECT_FALSE(fire(1504)) << "does not pass the narrow path";
+    EXPECT_EQ(camera->GetCounters().testPackets, 2u);
+    EXPECT_EQ(camera->GetCounters().packetsTooBig, 1u);
+    EXPECT_EQ(client->Read(vcam::bootstrap::kStreamPacketSize), 0x40000000u | 1504)
+        << "the bit clears itself";
+}
+
+TEST_F(VirtualCameraStreamPackets, SilenceEndsTheStreamAtOnce) {
+    Start([](Config& config) { config.frameRate = 100; });
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    receiver.Collect(kQuiet, [this] { return receiver.frames.size() >= 3; });
+    Faults faults;
+    faults.silent = true;
+    camera->SetFaults(faults);
+    receiver.Collect(milliseconds(100), [] { return false; });
+    EXPECT_FALSE(receiver.Packet(milliseconds(200)));
+    faults.silent = false;
+    camera->SetFaults(faults);
+    EXPECT_TRUE(receiver.Packet(milliseconds(3000)));
+}
+
+TEST_F(VirtualCameraStreamPackets, StreamAloneCanBeSilent) {
+    Start([](Config& config) { config.faults.streamSilent = true; });
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    EXPECT_FALSE(receiver.Packet(milliseconds(200)));
+    EXPECT_EQ(client->Read(0x0A00), 2u);
+}
+
+TEST_F(VirtualCameraStreamPackets, ClosedChannelSendsNothingMore) {
+    Start([](Config& config) {
+        config.unpaced = true;
+        config.sensorWidth = 1280;
+        config.sensorHeight = 960;
+    });
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    receiver.Collect(kQuiet, [this] { return receiver.frames.size() >= 5; });
+    ASSERT_EQ(client->Write(vcam::bootstrap::kStreamHostPort, 0), kOk);
+    while (receiver.Packet(milliseconds(0))) { // all that was on its way when the answer came
+    }
+    EXPECT_FALSE(receiver.Packet(milliseconds(150)));
+    EXPECT_FALSE(camera->IsStreaming());
+    const vcam::Counters counters = camera->GetCounters();
+    EXPECT_EQ(counters.framesStarted, counters.framesCompleted + counters.framesAborted);
+}
+
+TEST_F(VirtualCameraStreamPackets, StopCompletesTheFrameUnderWay) {
+    Start([](Config& config) { config.linkSpeedMbps = 10; }); // a frame takes 60 ms
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    ASSERT_TRUE(receiver.Packet(milliseconds(3000)));
+    ASSERT_EQ(client->Write(feature::kAcquisitionStop, 1), kOk);
+    receiver.CollectUntil([this] {
+        const vcam::Counters now = camera->GetCounters();
+        return now.framesStarted == now.framesCompleted;
+    });
+    const vcam::Counters counters = camera->GetCounters();
+    EXPECT_EQ(counters.framesAborted, 0u);
+    EXPECT_EQ(counters.framesStarted, counters.framesCompleted);
+    EXPECT_FALSE(receiver.frames.rbegin()->second.trailer.empty());
+}
+
+TEST_F(VirtualCameraStreamPackets, AbortCutsTheFrameUnderWay) {
+    Start([](Config& config) { config.linkSpeedMbps = 2; }); // a frame takes 300 ms
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    ASSERT_TRUE(receiver.Packet(milliseconds(3000)));
+    ASSERT_EQ(client->Write(feature::kAcquisitionAbort, 1), kOk);
+    receiver.Collect(milliseconds(100), [] { return false; });
+    EXPECT_EQ(camera->GetCounters().framesAborted, 1u);
+    EXPECT_TRUE(receiver.frames[1].trailer.empty());
+}
+
+TEST_F(VirtualCameraStreamPackets, WhatMattersToTheStreamIsLockedWhileItRuns) {
+    Start();
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    EXPECT_EQ(client->Write(feature::kWidth, 160), kWriteProtect);
+    EXPECT_EQ(client->Write(feature::kPixelFormat, 0x01100005), kWriteProtect);
+    EXPECT_EQ(client->Write(vcam::bootstrap::kStreamPacketSize, 9000), kWriteProtect);
+    const uint64_t longer = 0x40BF400000000000; // 8000.0
+    EXPECT_EQ(client->WriteMemory(feature::kExposureTime, {0x40, 0xBF, 0x40, 0, 0, 0, 0, 0}).status, kOk);
+    EXPECT_EQ(client->Read64(feature::kExposureTime), longer);
+    ASSERT_EQ(client->Write(feature::kAcquisitionStop, 1), kOk);
+    EXPECT_EQ(client->Write(feature::kWidth, 160), kOk);
+}
+
+TEST_F(VirtualCameraStreamPackets, LostHeartbeatClosesTheStream) {
+    Start([](Config& config) { config.frameRate = 20; });
+    ASSERT_EQ(client->Write(0x0938, 500), kOk);
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    receiver.CollectUntil([this] { return !camera->IsStreaming(); }); // until it falls silent by itself
+    EXPECT_FALSE(camera->IsStreaming());
+    EXPECT_EQ(camera->GetCounters().heartbeatsExpired, 1u);
+}
+
+TEST_F(VirtualCameraStreamPackets, FramesComeAtTheRateSet) {
+    Start([](Config& config) { config.frameRate = 50; });
+    Take(26);
+    const uint64_t first = Be64(receiver.frames[1].leader, 12);
+    const uint64_t last = Be64(receiver.frames[26].leader, 12);
+    EXPECT_NEAR(double(last - first) / 25e6, 20.0, 1.0) << "milliseconds between two frames";
+}
+
+TEST_F(VirtualCameraStreamPackets, PauseBetweenPacketsIsKept) {
+    Start();
+    ASSERT_EQ(client->Write(vcam::bootstrap::kStreamPacketDelay, 1000000), kOk); // ticks: 1 ms
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_EQ(
+        client->WriteRegisters({{feature::kAcquisitionMode, 1}, {feature::kAcquisitionStart, 1}}).status,
+        kOk);
+    receiver.Collect(kQuiet, [this] { return !receiver.frames[1].trailer.empty(); });
+    const uint32_t packets = PacketsOf(320 * 240, kPayloadOf1500);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(packets - 1));
+    double rate = 0;
+    const uint64_t bits = client->Read64(feature::kResultingFrameRate);
+    std::memcpy(&rate, &bits, sizeof rate);
+    EXPECT_LT(rate, 1000.0 / packets) << "the camera knows that it can't be faster";
+}
+
+TEST_F(VirtualCameraStreamPackets, SoftwareTriggerTakesOneFrameEach) {
+    Start();
+    ASSERT_EQ(client->WriteRegisters({{feature::kTriggerSets, 1}, {feature::kAcquisitionStart, 1}}).status,
+              kOk);
+    EXPECT_FALSE(receiver.Packet(milliseconds(150))) << "no free run";
+    for (uint16_t i = 1; i <= 3; ++i) {
+        ASSERT_EQ(client->Write(feature::kTriggerSoftware, 1), kOk);
+        receiver.Collect(kQuiet, [this, i] { return !receiver.frames[i].trailer.empty(); });
+        ExpectWhole(receiver.frames[i], 320 * 240);
+    }
+    EXPECT_EQ(camera->GetCounters().triggersAccepted, 3u);
+    EXPECT_FALSE(receiver.Packet(milliseconds(50)));
+}
+
+TEST_F(VirtualCameraStreamPackets, LineTriggerWantsItsSource) {
+    Start();
+    ASSERT_EQ(client
+                  ->WriteRegisters({{feature::kTriggerSets, 1},
+                                    {feature::kTriggerSets + feature::kTriggerSourceOffset, 2},
+                                    {feature::kAcquisitionStart, 1}})
+                  .status,
+              kOk);
+    camera->FireLine(0);
+    ASSERT_EQ(client->Write(feature::kTriggerSoftware, 1), kOk);
+    EXPECT_FALSE(receiver.Packet(milliseconds(100)));
+    camera->FireLine(1);
+    EXPECT_TRUE(receiver.Packet(milliseconds(3000)));
+    EXPECT_THROW(camera->FireLine(4), std::out_of_range);
+}
+
+TEST_F(VirtualCameraStreamPackets, TriggerDelayComesFirst) {
+    Start();
+    const uint32_t delay = feature::kTriggerSets + feature::kTriggerDelayOffset;
+    ASSERT_EQ(client->WriteMemory(delay, {0x41, 0x08, 0x6A, 0, 0, 0, 0, 0}).status, kOk); // 200 000 us
+    ASSERT_EQ(client->WriteRegisters({{feature::kTriggerSets, 1}, {feature::kAcquisitionStart, 1}}).status,
+              kOk);
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_EQ(client->WriteRegisters({{feature::kTriggerSoftware, 1}}).status, kOk);
+    ASSERT_TRUE(receiver.Packet(milliseconds(3000)));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(200));
+}
+
+TEST_F(VirtualCameraStreamPackets, TriggersThatCannotBeTakenAreCounted) {
+    Start();
+    ASSERT_EQ(client->Write(feature::kTriggerSets, 1), kOk);
+    ASSERT_EQ(client->Write(feature::kTriggerSoftware, 1), kOk);
+    EXPECT_EQ(camera->GetCounters().triggersMissed, 1u) << "no acquisition";
+    ASSERT_EQ(client->WriteMemory(feature::kExposureTime, {0x41, 0x18, 0x6A, 0, 0, 0, 0, 0}).status,
+              kOk); // 400 ms
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    ASSERT_EQ(client->Write(feature::kTriggerSoftware, 1), kOk);
+    ASSERT_EQ(client->Write(feature::kTriggerSoftware, 1), kOk);
+    EXPECT_EQ(camera->GetCounters().triggersMissed, 2u) << "the first is still being exposed";
+    receiver.Collect(milliseconds(800), [this] { return !receiver.frames[1].trailer.empty(); });
+    EXPECT_EQ(camera->GetCounters().framesStarted, 1u);
+}
+
+TEST_F(VirtualCameraStreamPackets, AcquisitionTriggerStartsTheFreeRun) {
+    Start();
+    ASSERT_EQ(client
+                  ->WriteRegisters({{feature::kTriggerSets + feature::kTriggerSetStride, 1},
+                                    {feature::kAcquisitionStart, 1}})
+                  .status,
+              kOk);
+    EXPECT_FALSE(receiver.Packet(milliseconds(150)));
+    ASSERT_EQ(client->Write(feature::kTriggerSoftware, 1), kOk);
+    receiver.Collect(kQuiet, [this] { return receiver.frames.size() >= 3; });
+    EXPECT_GE(receiver.frames.size(), 3u);
+}
+
+TEST_F(VirtualCameraStreamPackets, SingleFrameIsOne) {
+    Start();
+    ASSERT_EQ(
+        client->WriteRegisters({{feature::kAcquisitionMode, 1}, {feature::kAcquisitionStart, 1}}).status,
+        kOk);
+    receiver.CollectUntil([this] { return !camera->IsStreaming(); });
+    EXPECT_EQ(receiver.frames.size(), 1u);
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    receiver.frames.clear();
+    receiver.CollectUntil([this] { return !camera->IsStreaming(); });
+    EXPECT_EQ(receiver.frames.size(), 1u);
+    EXPECT_EQ(receiver.frames.begin()->first, 1) << "block ids begin anew";
+}
+
+// The reader of a chunk walks from the end: data, id, length.
+TEST_F(VirtualCameraStreamPackets, ChunksFollowThePicture) {
+    Start();
+    ASSERT_EQ(client->WriteRegisters({{feature::kChunkModeActive, 1}, {feature::kChunkEnable + 4, 0}}).status,
+              kOk);
+    const uint32_t payload = client->Read(feature::kPayloadSize);
+    EXPECT_EQ(payload, 320u * 240 + 8 + 3 * 16);
+    Take(2);
+    ExpectWhole(receiver.frames[2], payload);
+    Bytes data;
+    for (const auto& [id, bytes] : receiver.frames[2].payload)
+        data.insert(data.end(), bytes.begin(), bytes.end());
+    std::map<uint32_t, Bytes> chunks;
+    size_t end = data.size();
+    while (end >= 8) {
+        const uint32_t length = Be32(data, end - 4);
+        const uint32_t id = Be32(data, end - 8);
+        ASSERT_LE(length, end - 8);
+        chunks[id] = Bytes(data.begin() + static_cast<long>(end - 8 - length),
+                           data.begin() + static_cast<long>(end - 8));
+        end -= 8 + length;
+    }
+    EXPECT_EQ(end, 0u);
+    ASSERT_EQ(chunks.size(), 4u);
+    EXPECT_EQ(chunks[1].size(), 320u * 240);
+    EXPECT_EQ(Be64(chunks[0x1001], 0), 2u) << "frame number";
+    EXPECT_EQ(chunks.count(0x1002), 0u) << "the timestamp was switched off";
+    double exposure = 0;
+    const uint64_t bits = Be64(chunks[0x1003], 0);
+    std::memcpy(&exposure, &bits, sizeof exposure);
+    EXPECT_EQ(exposure, 4000.0);
+    const Bytes& trailer = receiver.frames[2].trailer;
+    ASSERT_EQ(trailer.size(), 24u);
+    EXPECT_EQ(Be16(trailer, 10), 0x4001);
+    EXPECT_EQ(Be32(trailer, 16), payload);
+}
+
+// Block ids are 16 bits wide and jump over 0.
+TEST_F(VirtualCameraStreamPackets, BlockIdsWrapPastZero) {
+    Start([](Config& config) {
+        config.unpaced = true;
+        config.sensorWidth = 64;
+        config.sensorHeight = 64;
+    });
+    ASSERT_EQ(client->WriteRegisters({{feature::kWidth, 32}, {feature::kHeight, 16}}).status, kOk);
+    ASSERT_EQ(client->Write(0x0954, 1), kOk);
+    ASSERT_EQ(client->Write(feature::kAcquisitionStart, 1), kOk);
+    bool wrapped = false;
+    uint16_t last = 0;
+    while (!wrapped) {
+        const auto packet = receiver.Packet(milliseconds(3000));
+        ASSERT_TRUE(packet);
+        const uint16_t block = Be16(*packet, 2);
+        ASSERT_NE(block, 0);
+        wrapped = block < last && last > 60000;
+        last = block;
+    }
+    EXPECT_GE(camera->GetCounters().framesStarted, 65536u);
+}
+
+TEST_F(VirtualCameraStreamPackets, NobodyListeningIsNoError) {
+    Start([](Config& config) { config.frameRate = 100; });
+    { // a port that is closed: the system reports refusals to the sender
+        const RawReceiver gone;
+        ASSERT_EQ(client->Write(vcam::bootstrap::kStreamHostPort, gone.Port()), kOk);
+    }
+    ASSERT_EQ(client
+                  ->WriteRegisters({{feature::kAcquisitionMode, kMultiFrame},
+                                    {feature::kAcquisitionFrameCount, 5},
+                                    {feature::kAcquisitionStart, 1}})
+                  .status,
+              kOk);
+    EXPECT_TRUE(Eventually([this] { return !camera->IsStreaming(); }));
+    const vcam::Counters counters = camera->GetCounters();
+    EXPECT_EQ(counters.framesCompleted, 5u);
+    EXPECT_EQ(counters.packetsSent, counters.packetsOfFrames);
+    EXPECT_EQ(counters.sendErrors, 0u);
+}
+
+} // namespace
