@@ -108,6 +108,15 @@ OV_AT(_OV_WHITE_BALANCE_PARAM_, blue, 4, blue);
 void* OV_MP_CreateHandle(void);
 uint32_t OV_MP_DestroyHandle(void* handle);
 
+/*
+ * Converts a picture without padding between its rows to grey (0), RGB (27) or 32-bit colour (32). 10 and 12
+ * bits are scaled to 8 by their most significant bits. bayerMethod is looked at for Bayer types only. Writes
+ * destinationLength, 0 on failure.
+ *
+ * OV_STATUS_NOT_SUPPORTED: unknown type; OV_STATUS_INVALID_PARAMETER: no record or buffer, a side of 0, a
+ * source shorter than the picture, a size that the type can't have, an unknown Bayer method;
+ * OV_STATUS_BUFFER_FULL: the result is larger than destinationCapacity; OV_STATUS_RESOURCE: no memory.
+ */
 uint32_t OV_MP_ConvertPixelType(void* handle, _OV_CONVERT_PIXEL_INFO_* record);
 
 /* Decodes a JPEG into 24-bit RGB. */
@@ -116,13 +125,14 @@ uint32_t OV_MP_Decode(void* handle, _OV_DECODE_INFO_* record, uint32_t jpegLengt
 /* Encodes a picture to memory. */
 uint32_t OV_MP_SaveImage(void* handle, _OV_IMAGE_INFO_* record);
 
-/* Bytes of a picture of that type; 0 for an unknown type. */
+/* Bytes of a picture of that type, halves rounded towards zero; 0 for an unknown type or more than 32 bits
+ * can say. */
 uint32_t OV_MP_GetPixelSize(uint32_t pixelType, uint32_t width, uint32_t height, uint32_t zero);
 
 uint32_t OV_MP_GetWhiteBalance(void* handle, _OV_IMAGE_INFO_* record, _OV_WHITE_BALANCE_PARAM_* gains);
 uint32_t OV_MP_WhiteBalanceProcess(void* handle, _OV_IMAGE_INFO_* record, _OV_WHITE_BALANCE_PARAM_* gains);
 
-/* Feed and end a running recording. */
+/* Feed and end a running recording. OV_STATUS_NOT_SUPPORTED where the library offers no way to start one. */
 uint32_t OV_MP_InputData(void* handle, const uint8_t* data, uint32_t length);
 uint32_t OV_MP_StopRecord(void* handle);
 
