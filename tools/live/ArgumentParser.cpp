@@ -153,6 +153,10 @@ std::string CheckTogether(const Options& options) {
     return {};
 }
 
+std::string Instead(const std::string& value) {
+    return value.empty() ? "" : ", not '" + value + "'";
+}
+
 std::string Padded(const std::string& text, size_t width) {
     return text.size() < width ? text + std::string(width - text.size(), ' ') : text;
 }
@@ -186,9 +190,9 @@ ParsedArguments ParseArguments(const std::vector<std::string>& arguments) {
                 return fail("--" + name + " wants a value: " + option->valueName);
             value = equals == std::string::npos ? arguments[++i] : argument.substr(equals + 1);
         }
-        const std::string error = option->set(parsed.options, value);
+        std::string error = option->set(parsed.options, value);
         if (!error.empty())
-            return fail("--" + name + " " + error + (value.empty() ? "" : ", not '" + value + "'"));
+            return fail("--" + name + " " + error.append(Instead(value)));
     }
     parsed.error = CheckTogether(parsed.options);
     return parsed;

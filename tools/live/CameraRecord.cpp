@@ -36,7 +36,7 @@ bool IsUtf8(const std::string& text) {
 
 std::string FromGb18030(std::string text) {
     const iconv_t converter = iconv_open("UTF-8", "GB18030");
-    if (converter == reinterpret_cast<iconv_t>(-1))
+    if (reinterpret_cast<intptr_t>(converter) == -1)
         return {};
     std::string result(text.size() * 4, '\0');
     char* in = text.data();

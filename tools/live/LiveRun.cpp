@@ -25,6 +25,7 @@ int RunList() {
         return exitFailed;
     }
     std::vector<ListedDevice> devices;
+    devices.reserve(records.size());
     for (const DeviceRecord& record : records)
         devices.push_back({record, IsFree(record)});
     Say(DeviceTable(devices));
@@ -87,6 +88,8 @@ int LiveRun::Open(const DeviceRecord& device) {
         return exitFailed;
     }
     Say("opened " + TitleOf(session_.Device()));
+    if (viewer_)
+        viewer_->SetTitle(TitleOf(session_.Device()), "");
     for (const std::string& note : session_.Notes())
         Say(note);
     if (const int exitCode = SaveXml(); exitCode != exitDone)
@@ -116,6 +119,7 @@ int LiveRun::SaveXml() {
 int LiveRun::Stream() {
     toldFormat_.clear();
     toldTrouble_.clear();
+    newest_ = nullptr;
     lastProgress_ = Clock::now();
     lastCount_ = 0;
     start_ = before_ = TakeSample();
@@ -229,6 +233,8 @@ void LiveRun::ReportIfDue() {
         isStopWanted_ = true;
     if (viewer_)
         viewer_->SetTitle(TitleOf(session_.Device()), RatesBetween(before_, now), now);
+    else if (toldFormat_.empty())
+        TakeNewest();
     if (now.frames != lastCount_)
         lastProgress_ = now.time;
     lastCount_ = now.frames;
@@ -245,18 +251,25 @@ int LiveRun::Finish(int exitCode) {
             Complain(error);
         exitCode = error.empty() ? exitCode : exitFailed;
     }
-    if (!viewer_)
-        if (Frame* newest = frames_.Take()) {
-            TellFormat(*newest);
-            if (exitCode == exitDone && !options_.saveFile.empty())
-                exitCode = SaveNewest(*newest);
-        }
+    if (!viewer_) {
+        TakeNewest();
+        if (exitCode == exitDone && !options_.saveFile.empty())
+            exitCode = SaveNewest();
+    }
     Say(SummaryLine(start_, end));
     return exitCode;
 }
 
-int LiveRun::SaveNewest(Frame& frame) {
-    const std::string error = SaveFrame(options_.saveFile, frame, maker_);
+void LiveRun::TakeNewest() {
+    Frame* frame = frames_.Take();
+    if (frame == nullptr)
+        return;
+    newest_ = frame;
+    TellFormat(*frame);
+}
+
+int LiveRun::SaveNewest() {
+    const std::string error = SaveFrame(options_.saveFile, *newest_, maker_);
     if (!error.empty()) {
         Complain(error);
         return exitFailed;
@@ -267,6 +280,7 @@ int LiveRun::SaveNewest(Frame& frame) {
 
 bool LiveRun::WaitForReturn(DeviceRecord& device) {
     Say("waiting for " + TitleOf(device) + " to come back");
+    viewer_->SetTitle(TitleOf(device), "lost, waiting for it to come back");
     Beat beat(Clock::now(), searchPeriod);
     while (!isStopWanted_) {
         if (options_.seconds && Clock::now() >= Deadline())

@@ -53,7 +53,9 @@ private:
     /// The exit code, once the stream has come to an end.
     std::optional<int> EndOfStream();
     int Finish(int exitCode);
-    int SaveNewest(Frame& frame);
+    /// Without a window: keeps the newest frame, if there is one that was not yet taken.
+    void TakeNewest();
+    int SaveNewest();
 
     void Wait(Clock::time_point until);
     Clock::time_point Deadline() const;
@@ -70,6 +72,7 @@ private:
     PictureMaker maker_;
     std::unique_ptr<Viewer> viewer_; // null: without a window
     bool isStopWanted_ = false;
+    Frame* newest_ = nullptr; // without a window: the latest that was taken out of frames_
     std::string toldFormat_;
     std::string toldTrouble_;
     Clock::time_point begin_; // --seconds counts from here

@@ -25,6 +25,8 @@ Viewer::Viewer(PictureMaker& maker, std::unique_ptr<Window> window, uint32_t eng
 
 bool Viewer::Look() {
     const WindowEvents events = window_->Look();
+    // Who has chosen a size before the first picture keeps it.
+    hasShape_ = hasShape_ || events.resized;
     if (events.turns != 0)
         screen_.Turn(events.turns);
     else if (events.resized || events.uncovered)
@@ -56,13 +58,16 @@ std::string Viewer::Draw(Frame& frame, Time now) {
     return {};
 }
 
+void Viewer::SetTitle(const std::string& camera, const std::string& state) {
+    window_->SetTitle("kolt_live - " + camera + (state.empty() ? "" : " - " + state));
+}
+
 void Viewer::SetTitle(const std::string& camera, const Rates& rates, const Sample& sample) {
     std::array<char, 96> figures{};
     std::snprintf(figures.data(), figures.size(), "%.1f fps - %.1f MB/s - lost %lld", rates.frames,
                   rates.megabytes,
                   static_cast<long long>(sample.transport ? sample.transport->lostPackets : 0));
-    window_->SetTitle("kolt_live - " + camera + (format_.empty() ? "" : " - " + format_) + " - " +
-                      figures.data());
+    SetTitle(camera, (format_.empty() ? "" : format_ + " - ") + figures.data());
 }
 
 std::string Viewer::Screenshot(const std::string& path) {

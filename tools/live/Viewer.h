@@ -34,6 +34,8 @@ public:
     std::string Draw(Frame& frame, Time now);
     uint64_t PicturesDrawn() const { return drawn_; }
 
+    /// The camera's name, and what is to be said of it.
+    void SetTitle(const std::string& camera, const std::string& state);
     void SetTitle(const std::string& camera, const Rates& rates, const Sample& sample);
     /// An error text on failure.
     std::string Screenshot(const std::string& path);
