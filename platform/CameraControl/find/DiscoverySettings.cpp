@@ -29,7 +29,7 @@ std::string_view environment(const char* name) {
 struct Shared {
     std::mutex mutex; // guards settings
     DiscoverySettings settings =
-        parseDiscoverySettings(environment("KOLT_CC_INTERFACES"), environment("KOLT_CC_ADDRESSES"));
+        parseDiscoverySettings(environment("OV_CC_INTERFACES"), environment("OV_CC_ADDRESSES"));
 };
 
 Shared& shared() {

@@ -21,7 +21,7 @@ struct DiscoverySettings {
 // Lists are separated by commas or blanks; what is no address is left out.
 DiscoverySettings parseDiscoverySettings(std::string_view interfaces, std::string_view addresses);
 
-// The settings of this process: those of the environment variables KOLT_CC_INTERFACES and KOLT_CC_ADDRESSES,
+// The settings of this process: those of the environment variables OV_CC_INTERFACES and OV_CC_ADDRESSES,
 // read once at the first use, until replaced. Any thread.
 DiscoverySettings discoverySettings();
 void setDiscoverySettings(DiscoverySettings settings);

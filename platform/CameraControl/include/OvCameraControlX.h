@@ -56,6 +56,30 @@ uint32_t OVX_CC_SetOption(void* handle, uint32_t option, uint32_t value);
  * when that takes longer. */
 uint32_t OVX_CC_WaitIdle(uint32_t timeoutMs);
 
+/* What OV_CC_EnumDevices has met since the library was loaded. */
+typedef struct OVX_CC_FINDER_STATISTICS {
+    uint32_t size;             /* set by the caller: bytes of this record that it knows */
+    uint32_t reserved;         /* 0 */
+    uint64_t calls;            /* of OV_CC_EnumDevices */
+    uint64_t found;            /* devices of the latest call, also beyond the list's end */
+    uint64_t beyondLimit;      /* of those, left out of the list (it holds OV_MAX_DEVICES) */
+    uint64_t usbUnreadable;    /* of the latest call: USB3 Vision devices whose strings can't be read (no
+                                  permission?) */
+    uint64_t failedSends;      /* questions that the system refused to send */
+    uint64_t droppedAnswers;   /* all that came and was no answer; of those: */
+    uint64_t malformedAnswers; /* of a wrong length */
+    uint64_t foreignAnswers;   /* to something else, or from another place than they said */
+} OVX_CC_FINDER_STATISTICS;
+
+/* Fills the first statistics->size bytes at most, which must be at least 8. */
+uint32_t OVX_CC_GetFinderStatistics(OVX_CC_FINDER_STATISTICS* statistics);
+
+/* Where GigE Vision cameras are looked for from now on. interfaces: the only interfaces to use, by name;
+ * empty or null: all. addresses: IPv4 addresses to ask one by one besides (cameras behind a router, further
+ * loopback addresses). Lists are separated by commas or blanks. The environment variables OV_CC_INTERFACES
+ * and OV_CC_ADDRESSES say the same at the start. */
+uint32_t OVX_CC_SetDiscovery(const char* interfaces, const char* addresses);
+
 #ifdef __cplusplus
 }
 #endif
