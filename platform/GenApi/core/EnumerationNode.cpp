@@ -171,8 +171,9 @@ EAccessMode EnumerationNode::chainMode(Aspect aspect) {
 }
 
 EnumEntryNode* EnumerationNode::entry(std::int64_t value) const {
-    const auto found = std::find_if(m_entries.begin(), m_entries.end(),
-                                    [value](const EnumEntryNode* entry) { return entry->value() == value; });
+    const auto found = std::find_if(m_entries.begin(), m_entries.end(), [value](const EnumEntryNode* entry) {
+        return entry->hasValue() && entry->value() == value;
+    });
     return found != m_entries.end() ? *found : nullptr;
 }
 

@@ -22,6 +22,8 @@ public:
 
     std::string_view symbolic() const { return m_symbolic; }
     std::int64_t value() const { return m_value.constant; }
+    /// False for an entry that the XML gives no value; it is never the current one.
+    bool hasValue() const { return m_value.given; }
     bool hasNumericValue() const { return m_numeric.given; }
     double numericValue() const;
     /// Why the entry can't be chosen now; null when it can.
