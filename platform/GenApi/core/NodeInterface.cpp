@@ -155,13 +155,10 @@ void Node::GetChildren(NodeList_t& Children, ELinkType LinkType) const {
 
 void Node::GetParents(NodeList_t& Parents) const {
     Parents.clear();
-    for (Node* node : m_map.nodes())
-        for (const Property& property : *node)
-            if ((NamesANode(property.id) && property.text == m_name) ||
-                (property.attributeNamesANode && property.attribute == m_name)) {
-                Parents.push_back(node);
-                break;
-            }
+    const auto [begin, end] = m_map.referrers(*this);
+    for (const NodeMap::Referrer* referrer = begin; referrer != end; ++referrer)
+        if (Parents.empty() || Parents.back() != referrer->node) // those of one node lie side by side
+            Parents.push_back(referrer->node);
 }
 
 CallbackHandleType Node::RegisterCallback(CNodeCallback* pCallback) {

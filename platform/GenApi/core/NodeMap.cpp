@@ -17,7 +17,10 @@ using GenICam_3_0::Version_t;
 
 namespace {
 
-constexpr int maxDepth = 200;         // of nodes that depend on one another; cameras need some 20
+constexpr int maxDepth = 200; // of nodes that depend on one another; cameras need some 20
+// Evaluations of one operation: without a bound, a chain of nodes that each ask the next one twice takes for
+// ever.
+constexpr int maxSteps = 50000;
 constexpr int maxCallbackRounds = 16; // of callbacks whose own writes call back again
 
 gcstring toGc(std::string_view text) {
@@ -97,8 +100,10 @@ void NodeMap::createNodes() {
 
 void NodeMap::enter() {
     m_lock.Lock();
-    if (m_nesting++ == 0)
+    if (m_nesting++ == 0) {
+        m_steps = 0;
         watchPorts();
+    }
 }
 
 void NodeMap::watchPorts() {
@@ -136,6 +141,7 @@ void NodeMap::runCallbacks(std::vector<std::shared_ptr<CNodeCallback>>& ran) noe
             }
             m_pendingCallbacks.clear();
             for (std::size_t i = before; i < ran.size(); ++i) {
+                m_steps = 0; // what a callback does is an operation of its own
                 try {
                     (*ran[i])(cbPostInsideLock);
                 } catch (...) { // NOLINT(bugprone-empty-catch): as above
@@ -199,6 +205,37 @@ std::vector<Node*> NodeMap::dependents(Node& node) {
     }
     found.erase(found.begin());
     return found;
+}
+
+void NodeMap::findReferrers() const {
+    std::vector<std::pair<std::uint32_t, Referrer>> all;
+    const auto add = [&](Node* from, PropertyId id, std::string_view name) {
+        if (const Node* named = find(name))
+            all.push_back({named->index(), {from, id}});
+    };
+    for (Node* node : m_nodes)
+        for (const Property& property : *node) {
+            if (NamesANode(property.id))
+                add(node, property.id, property.text);
+            if (property.attributeNamesANode)
+                add(node, PropertyId::pIndex, property.attribute);
+        }
+    std::stable_sort(all.begin(), all.end(),
+                     [](const auto& left, const auto& right) { return left.first < right.first; });
+    m_firstReferrer.assign(m_nodes.size() + 1, 0);
+    m_referrers.reserve(all.size());
+    for (const auto& [named, referrer] : all) {
+        ++m_firstReferrer[named + 1];
+        m_referrers.push_back(referrer);
+    }
+    for (std::size_t i = 1; i < m_firstReferrer.size(); ++i)
+        m_firstReferrer[i] += m_firstReferrer[i - 1];
+}
+
+std::pair<const NodeMap::Referrer*, const NodeMap::Referrer*> NodeMap::referrers(const Node& node) const {
+    std::call_once(m_referrersFound, [this] { findReferrers(); });
+    const Referrer* const all = m_referrers.data();
+    return {all + m_firstReferrer[node.index()], all + m_firstReferrer[node.index() + 1]};
 }
 
 void NodeMap::invalidateAll() {
@@ -356,6 +393,9 @@ Evaluation::Evaluation(Node& node, Step step) : m_node(node), m_step(step) {
     if (node.map().m_depth >= maxDepth)
         throw RUNTIME_EXCEPTION("%s is reached through more than %d other nodes", node.label().c_str(),
                                 maxDepth);
+    if (++node.map().m_steps > maxSteps)
+        throw RUNTIME_EXCEPTION("%s: more than %d nodes have to be asked for it", node.label().c_str(),
+                                maxSteps);
     node.m_busy = static_cast<std::uint8_t>(node.m_busy | step);
     ++node.map().m_depth;
 }

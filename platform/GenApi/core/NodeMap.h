@@ -3,6 +3,7 @@
 #include <atomic>
 #include <deque>
 #include <memory_resource>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -58,6 +59,13 @@ public:
     Node* find(std::string_view name) const { return m_names.find(name); }
     const std::vector<Node*>& nodes() const { return m_nodes; }
     const std::string& deviceName() const { return m_deviceName; }
+    /// The nodes whose XML names this one, in the XML's order, each once for each property that does. Worked
+    /// out for all nodes at the first call, which any thread may make.
+    struct Referrer {
+        Node* node;
+        PropertyId property;
+    };
+    std::pair<const Referrer*, const Referrer*> referrers(const Node& node) const;
 
     // The inside, under the lock.
     std::uint32_t epoch() const { return m_epoch; }
@@ -88,6 +96,7 @@ private:
     void noteChange(Node& node);
     void watchPorts();
     void createNodes();
+    void findReferrers() const;
 
     Description m_description;
     std::string m_deviceName;
@@ -102,6 +111,10 @@ private:
     std::vector<std::uint32_t> m_firstEdge;
     std::vector<std::uint32_t> m_edges;
     std::atomic<int> m_holds{1};
+    mutable std::once_flag m_referrersFound;
+    // Those of node i: m_referrers[m_firstReferrer[i]] up to m_referrers[m_firstReferrer[i + 1]].
+    mutable std::vector<std::size_t> m_firstReferrer;
+    mutable std::vector<Referrer> m_referrers;
 
     mutable GenApi_3_0::CLock m_lock;      // guards all below, and all that changes in nodes
     std::vector<std::int64_t> m_sincePoll; // by m_polled: milliseconds
@@ -112,6 +125,7 @@ private:
     std::uint32_t m_visit = 0;
     int m_nesting = 0;
     int m_depth = 0;
+    int m_steps = 0; // evaluations since the operation began
     int m_callbackCount = 0;
     bool m_uncacheable = false;
 };

@@ -2,6 +2,7 @@
 
 #include "core/Evaluation.h"
 #include "core/Linker.h"
+#include "core/NodeMap.h"
 
 namespace genapi {
 
@@ -28,7 +29,9 @@ bool ValueNode::IsValueCacheValid() const {
 }
 
 bool ValueNode::IsSelector() const {
-    return !text(PropertyId::pSelected).empty();
+    FeatureList_t selected; // what the XML names need not be there
+    GetSelectedFeatures(selected);
+    return !selected.empty();
 }
 
 void ValueNode::GetSelectedFeatures(FeatureList_t& list) const {
@@ -41,13 +44,15 @@ void ValueNode::GetSelectedFeatures(FeatureList_t& list) const {
 
 void ValueNode::GetSelectingFeatures(FeatureList_t& list) const {
     list.clear();
-    for (Node* node : map().nodes())
-        for (const Property& property : *node)
-            if (property.id == PropertyId::pSelected && property.text == name()) {
-                if (auto* value = dynamic_cast<IValue*>(node))
-                    list.push_back(value);
-                break;
-            }
+    const Node* last = nullptr;
+    const auto [begin, end] = map().referrers(*this);
+    for (const NodeMap::Referrer* referrer = begin; referrer != end; ++referrer) {
+        if (referrer->property != PropertyId::pSelected || referrer->node == last)
+            continue;
+        last = referrer->node;
+        if (auto* value = dynamic_cast<IValue*>(referrer->node))
+            list.push_back(value);
+    }
 }
 
 void ValueNode::link(Linker& linker, const Property& property) {
