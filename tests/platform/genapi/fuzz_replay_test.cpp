@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "genapi/FuzzFormula.h"
+#include "genapi/FuzzXml.h"
 
 namespace {
 
@@ -29,6 +30,16 @@ std::size_t Replay(const char* corpus, const Target& target) {
 
 TEST(GenApiFuzzReplay, Formulas) {
     EXPECT_GE(Replay("formula", fuzz::FuzzFormula), 15U);
+}
+
+TEST(GenApiFuzzReplay, Xml) {
+    EXPECT_GE(Replay("xml", fuzz::FuzzXml), 15U);
+}
+TEST(GenApiFuzzReplay, ZippedXml) {
+    EXPECT_GE(Replay("zipped", fuzz::FuzzZippedXml), 8U);
+}
+TEST(GenApiFuzzReplay, Graphs) {
+    EXPECT_GE(Replay("graph", fuzz::FuzzGraph), 12U);
 }
 
 } // namespace

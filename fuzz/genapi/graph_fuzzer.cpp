@@ -1,0 +1,6 @@
+#include "genapi/FuzzXml.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::FuzzGraph(data, size);
+    return 0;
+}
