@@ -1,6 +1,7 @@
 #include "MediaKit/ConvertRecord.h"
 
 #include "MediaKit/Convert.h"
+#include "MediaKit/Overlap.h"
 
 #include <cstring>
 
@@ -22,12 +23,6 @@ bool LayoutOf(std::uint32_t destinationType, Layout& layout) {
     default:
         return false;
     }
-}
-
-bool Overlap(const std::uint8_t* a, std::size_t lengthA, const std::uint8_t* b, std::size_t lengthB) {
-    const auto startA = reinterpret_cast<std::uintptr_t>(a);
-    const auto startB = reinterpret_cast<std::uintptr_t>(b);
-    return startA < startB + lengthB && startB < startA + lengthA;
 }
 
 } // namespace

@@ -1,6 +1,12 @@
 #include "MediaKit/Workspace.h"
 
+#include "MediaKit/Jpeg.h"
+
 namespace media {
+
+Workspace::Workspace(WorkerPool& sharedPool) : pool(sharedPool), lines(sharedPool.Workers()) {}
+
+Workspace::~Workspace() = default;
 
 std::unique_ptr<Workspace> MediaHandle::Take() {
     const std::lock_guard<std::mutex> lock(mutex_);

@@ -11,14 +11,20 @@
 
 namespace media {
 
+class JpegDecoder;
+class JpegEncoder;
+
 /* What one call works with: belongs to one call at a time, and is kept for the next. */
 struct Workspace {
-    explicit Workspace(WorkerPool& sharedPool) : pool(sharedPool), lines(sharedPool.Workers()) {}
+    explicit Workspace(WorkerPool& sharedPool);
+    ~Workspace();
 
     WorkerPool& pool;
-    std::vector<LineBuffers> lines; // one per worker of the pool
-    AlignedBuffer sourceCopy;       // the source of a conversion whose buffers overlap
-    AlignedBuffer band;             // rows on their way into an encoder
+    std::vector<LineBuffers> lines;       // one per worker of the pool
+    AlignedBuffer sourceCopy;             // the source of a conversion whose buffers overlap
+    AlignedBuffer band;                   // rows on their way into an encoder
+    std::unique_ptr<JpegEncoder> encoder; // made when first wanted, like the decoder
+    std::unique_ptr<JpegDecoder> decoder;
 };
 
 /*
