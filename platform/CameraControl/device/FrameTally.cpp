@@ -65,9 +65,9 @@ std::uint32_t FrameTally::frameClosed(const ClosedFrame& frame, const TransportC
         totals_.unfitFrames += vanished;
         vanished = 0;
     }
-    const std::uint64_t unbuffered = begun.underruns - underrunsSeen_;
+    unbufferedPackets_ += begun.underruns - underrunsSeen_;
     underrunsSeen_ = begun.underruns;
-    (unbuffered > 0 ? totals_.unbufferedFrames : totals_.vanishedFrames) += vanished;
+    (unbufferedPackets_ > 0 ? totals_.unbufferedFrames : totals_.vanishedFrames) += vanished;
 
     std::uint64_t lost = 0;
     if (frame.end == ClosedFrame::End::complete) {
@@ -78,11 +78,12 @@ std::uint32_t FrameTally::frameClosed(const ClosedFrame& frame, const TransportC
         ++totals_.incompleteFrames;
         lost = packetised_ ? lostOf(frame, begun, now) : 0;
     }
-    // Packets that came but found no buffer are not lost: they are those of the frames in the gap, and the
-    // first ones of a frame in whose midst a buffer became free.
+    // Packets that came but found no buffer are not lost: they are those of the frames in the gap, and the first
+    // ones of a frame in whose midst a buffer became free. That frame has no leader, so its gap is known later.
     const std::uint64_t absent = vanished * packetsOfFrame_ + lost;
-    const std::uint64_t newlyLost = absent - std::min(absent, unbuffered);
-    totals_.lostPackets += newlyLost;
+    const std::uint64_t explained = std::min(absent, unbufferedPackets_);
+    totals_.lostPackets += absent - explained;
+    unbufferedPackets_ = frame.leaderCame ? 0 : unbufferedPackets_ - explained;
     return static_cast<std::uint32_t>(lost);
 }
 

@@ -96,7 +96,8 @@ private:
     std::uint64_t lastId_ = 0;
     std::uint64_t unnumbered_ = 0; // frames without leader since then
     std::uint64_t underrunsSeen_ = 0;
-    std::size_t packetsOfFrame_ = 0; // of the last one
+    std::uint64_t unbufferedPackets_ = 0; // not yet assigned to frames
+    std::size_t packetsOfFrame_ = 0;      // of the last one
     TallyTotals totals_;
 };
 

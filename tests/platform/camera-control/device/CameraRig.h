@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -16,21 +17,14 @@
 #include "OvCameraControlX.h"
 #include "VendorRegisters.h"
 #include "VirtualCamera.h"
+#include "Waiting.h"
 
 namespace kolt::test {
-
-using Clock = std::chrono::steady_clock;
-using std::chrono::milliseconds;
 
 // Small and fast enough for two slow cores: 320 x 240 Mono8, 50 frames a second, small packets.
 vcam::Config smallCamera(unsigned index = 0);
 
 _OV_CC_DEVICE_INFO_ recordOf(const std::string& dottedAddress);
-
-// Runs until true, at most for the deadline. For what can't be waited for otherwise.
-bool eventually(const std::function<bool()>& condition, milliseconds deadline = milliseconds(20000));
-
-double millisecondsSince(Clock::time_point begun);
 
 // A handle that is destroyed at the end.
 class Handle {
@@ -79,11 +73,6 @@ private:
     Clock::time_point firstAt_{};
     std::thread::id thread_;
 };
-
-// What the process holds now.
-std::size_t threadCount();
-std::size_t descriptorCount();
-std::size_t residentKilobytes();
 
 } // namespace kolt::test
 
