@@ -22,7 +22,7 @@ void freeLossCallback(gpointer user, GClosure*) {
 } // namespace
 
 AravisBase::AravisBase(GObjectPtr<ArvDevice> device, const Logger& log, std::function<void()> controlLost)
-    : device_(std::move(device)), log_(log) {
+    : device_(std::move(device)), log_(log), features_(*this, xml_) {
     // The closure owns the callback, so a signal that is under way while the handler is taken away still
     // finds it.
     lossHandler_ =
@@ -63,20 +63,12 @@ std::uint32_t AravisBase::writeMemory(std::uint64_t address, const std::uint8_t*
 }
 
 std::uint32_t AravisBase::executeCommand(const char* feature) {
-    GErrorHolder error;
-    arv_device_execute_command(arv(), feature, error.out());
-    return statusFromError(error.get());
-}
-
-std::uint32_t AravisBase::integerFeature(const char* name, std::int64_t& value) {
-    GErrorHolder error;
-    value = arv_device_get_integer_feature_value(arv(), name, error.out());
-    return statusFromError(error.get());
+    return features_.execute(feature);
 }
 
 std::uint32_t AravisBase::payloadSize(std::size_t& bytes) {
     std::int64_t value = 0;
-    const std::uint32_t status = integerFeature("PayloadSize", value);
+    const std::uint32_t status = features_.integer("PayloadSize", value);
     if (status == OV_STATUS_OK && value <= 0) {
         return OV_STATUS_GENICAM_RANGE;
     }
@@ -89,7 +81,7 @@ FrameGeometry AravisBase::geometry() {
     FrameGeometry geometry;
     std::int64_t value = 0;
     const auto read = [&](const char* name, std::uint32_t& field) {
-        if (integerFeature(name, value) == OV_STATUS_OK && value > 0) {
+        if (features_.integer(name, value) == OV_STATUS_OK && value > 0) {
             field = static_cast<std::uint32_t>(value);
         }
     };

@@ -8,6 +8,7 @@
 
 #include <arv.h>
 
+#include "device/FeatureMap.h"
 #include "device/GlibPtr.h"
 #include "device/Log.h"
 #include "device/TransportDevice.h"
@@ -45,13 +46,13 @@ protected:
     void copyXmlOfAravis();
 
 private:
-    std::uint32_t integerFeature(const char* name, std::int64_t& value);
     FrameGeometry geometry();
 
     GObjectPtr<ArvDevice> device_;
     Logger log_;
     gulong lossHandler_ = 0;
-    std::vector<std::uint8_t> xml_;
+    std::vector<std::uint8_t> xml_; // settled before the first use of a feature
+    FeatureMap features_;
 };
 
 } // namespace kolt::cc

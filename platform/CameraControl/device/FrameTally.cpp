@@ -78,8 +78,9 @@ std::uint32_t FrameTally::frameClosed(const ClosedFrame& frame, const TransportC
         ++totals_.incompleteFrames;
         lost = packetised_ ? lostOf(frame, begun, now) : 0;
     }
-    // Packets that came but found no buffer are not lost: they are those of the frames in the gap, and the first
-    // ones of a frame in whose midst a buffer became free. That frame has no leader, so its gap is known later.
+    // Packets that came but found no buffer are not lost: they are those of the frames in the gap, and the
+    // first ones of a frame in whose midst a buffer became free. That frame has no leader, so its gap is
+    // known later.
     const std::uint64_t absent = vanished * packetsOfFrame_ + lost;
     const std::uint64_t explained = std::min(absent, unbufferedPackets_);
     totals_.lostPackets += absent - explained;

@@ -74,6 +74,9 @@ std::uint32_t survey(const GvcpPeer& peer, const Logger& log, std::vector<std::u
                        : client.readMemory(static_cast<std::uint32_t>(address), destination, length);
         },
         xml);
+    if (status == OV_STATUS_OK && !isWellFormed(xml)) {
+        status = OV_STATUS_PACKET;
+    }
     if (status != OV_STATUS_OK) {
         log(LogLevel::error, "%s: no usable XML (0x%08x)", toText(peer.ip).c_str(), status);
     }

@@ -1,8 +1,10 @@
 // Handles, opening, control, XML and registers, through the exported calls against a virtual camera.
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -124,6 +126,198 @@ TEST(CameraOpen, TakesExclusiveControlAndGivesItBack) {
     EXPECT_EQ(second.open(), OV_STATUS_OK);
     EXPECT_EQ(first.open(), OV_STATUS_ACCESS_DENIED);
 }
+
+// A port that nothing listens on, an address that nobody has, no address at all.
+TEST(CameraOpen, SaysThatNoCameraAnswers) {
+    for (const char* address : {"127.254.254.253", "0.0.0.0"}) {
+        const Handle handle(recordOf(address));
+        const auto begun = Clock::now();
+        EXPECT_EQ(handle.open(), OV_STATUS_NETWORK) << address;
+        EXPECT_LT(millisecondsSince(begun), 5000);
+        EXPECT_EQ(OV_CC_CloseDevice(handle), OV_STATUS_CALL_ORDER);
+    }
+}
+
+TEST(CameraOpen, KnowsOnlyTheExclusiveAccessMode) {
+    vcam::VirtualCamera camera(smallCamera());
+    camera.Start();
+    const Handle handle(recordOf(camera.Address()));
+    for (const std::uint32_t mode : {0U, 2U, 7U, ~0U}) {
+        EXPECT_EQ(OV_CC_OpenDevice(handle, mode, 0), OV_STATUS_INVALID_PARAMETER) << mode;
+    }
+    EXPECT_EQ(OV_CC_OpenDevice(handle, OV_ACCESS_EXCLUSIVE, 77), OV_STATUS_OK) << "the key is not looked at";
+}
+
+TEST(CameraOpen, ACameraThatDeniesControlIsHeldByAnother) {
+    vcam::Config config = smallCamera();
+    config.faults.denyControl = true;
+    vcam::VirtualCamera camera(config);
+    camera.Start();
+    const Handle handle(recordOf(camera.Address()));
+    EXPECT_EQ(handle.open(), OV_STATUS_ACCESS_DENIED);
+    camera.SetFaults({});
+    EXPECT_EQ(handle.open(), OV_STATUS_OK);
+}
+
+TEST(CameraOpen, GoesByTheHostInterfaceOfTheRecord) {
+    vcam::VirtualCamera camera(smallCamera());
+    camera.Start();
+    _OV_CC_DEVICE_INFO_ record = recordOf(camera.Address());
+    record.transport.gige.hostInterface = 0x7F00'0001;
+    {
+        const Handle handle(record);
+        EXPECT_EQ(handle.open(), OV_STATUS_OK);
+    }
+    record.transport.gige.hostInterface = 0x0102'0304; // none of this host
+    const Handle handle(record);
+    EXPECT_EQ(handle.open(), OV_STATUS_NETWORK);
+}
+
+TEST(CameraOpen, WaitsForACameraThatAsksForPatience) {
+    vcam::Config config = smallCamera();
+    config.faults.answerDelayMs = 4;
+    vcam::VirtualCamera camera(config);
+    camera.Start();
+    const Handle handle(recordOf(camera.Address()));
+    EXPECT_EQ(handle.open(), OV_STATUS_OK);
+    EXPECT_GT(camera.GetCounters().pendingAnswers, 0U);
+}
+
+TEST(CameraOpen, WorksAnyNumberOfTimesOnOneHandle) {
+    vcam::VirtualCamera camera(smallCamera());
+    camera.Start();
+    const Handle handle(recordOf(camera.Address()));
+    for (int round = 0; round < 5; ++round) {
+        ASSERT_EQ(handle.open(), OV_STATUS_OK) << round;
+        ASSERT_EQ(OV_CC_CloseDevice(handle), OV_STATUS_OK) << round;
+        ASSERT_FALSE(camera.IsControlled());
+    }
+}
+
+TEST(CameraOpen, DestroyingAnOpenHandleGivesTheCameraBack) {
+    vcam::VirtualCamera camera(smallCamera());
+    camera.Start();
+    {
+        const Handle handle(recordOf(camera.Address()));
+        ASSERT_EQ(handle.open(), OV_STATUS_OK);
+        ASSERT_EQ(OV_CC_StartGrabbing(handle), OV_STATUS_OK);
+        EXPECT_TRUE(eventually([&] { return camera.IsStreaming(); }));
+    }
+    EXPECT_FALSE(camera.IsControlled());
+    EXPECT_FALSE(camera.IsStreaming());
+}
+
+TEST(CameraDeviceInfo, IsReadFromTheLiveDeviceOpenOrNot) {
+    vcam::Config config = smallCamera();
+    config.serial = "SN-77";
+    config.userName = "west gate";
+    vcam::VirtualCamera camera(config);
+    camera.Start();
+    const Handle handle(recordOf(camera.Address()));
+    for (const bool open : {false, true}) {
+        if (open) {
+            ASSERT_EQ(handle.open(), OV_STATUS_OK);
+        }
+        _OV_CC_DEVICE_INFO_ record{};
+        ASSERT_EQ(OV_CC_GetDeviceInfo(handle, &record), OV_STATUS_OK);
+        EXPECT_STREQ(record.transport.gige.serialNumber, "SN-77");
+        EXPECT_STREQ(record.transport.gige.userDefinedName, "west gate");
+        EXPECT_EQ(record.transport.gige.currentIp, recordOf(camera.Address()).transport.gige.currentIp);
+    }
+    EXPECT_EQ(OV_CC_GetDeviceInfo(handle, nullptr), OV_STATUS_INVALID_PARAMETER);
+    camera.Stop();
+    _OV_CC_DEVICE_INFO_ record{};
+    EXPECT_EQ(OV_CC_GetDeviceInfo(handle, &record), OV_STATUS_NETWORK);
+}
+
+TEST(CameraForceIp, IsRefusedWhileOpen) {
+    vcam::VirtualCamera camera(smallCamera());
+    camera.Start();
+    const Handle handle(recordOf(camera.Address()));
+    ASSERT_EQ(handle.open(), OV_STATUS_OK);
+    EXPECT_EQ(OV_GIGE_ForceIp(handle, 0x7F10'1010), OV_STATUS_CALL_ORDER);
+    EXPECT_EQ(camera.GetCounters().forcedAddresses, 0U);
+}
+
+std::string xmlOf(void* handle) {
+    std::uint32_t length = 0;
+    EXPECT_EQ(OV_XML_GetGenICamXML(handle, nullptr, 0, &length), OV_STATUS_BUFFER_FULL);
+    std::string xml(length, '\0');
+    EXPECT_EQ(OV_XML_GetGenICamXML(handle, reinterpret_cast<std::uint8_t*>(xml.data()), length, &length),
+              OV_STATUS_OK);
+    EXPECT_EQ(length, xml.size());
+    return xml;
+}
+
+TEST(CameraXml, IsTheCamerasOwnZippedOrNot) {
+    for (const bool zipped : {false, true}) {
+        vcam::Config config = smallCamera(zipped ? 1 : 0);
+        config.zippedXml = zipped;
+        vcam::VirtualCamera camera(config);
+        camera.Start();
+        const Handle handle(recordOf(camera.Address()));
+        ASSERT_EQ(handle.open(), OV_STATUS_OK);
+        EXPECT_EQ(xmlOf(handle), camera.Xml()) << (zipped ? "zipped" : "plain");
+    }
+}
+
+TEST(CameraXml, TellsItsLengthWhenTheBufferIsTooSmallAndWritesNothing) {
+    vcam::VirtualCamera camera(smallCamera());
+    camera.Start();
+    const Handle handle(recordOf(camera.Address()));
+    ASSERT_EQ(handle.open(), OV_STATUS_OK);
+    const auto whole = static_cast<std::uint32_t>(camera.Xml().size());
+    std::vector<std::uint8_t> buffer(whole + 1, 0xAB);
+    std::uint32_t length = 0;
+    EXPECT_EQ(OV_XML_GetGenICamXML(handle, buffer.data(), whole - 1, &length), OV_STATUS_BUFFER_FULL);
+    EXPECT_EQ(length, whole);
+    EXPECT_EQ(buffer, std::vector<std::uint8_t>(whole + 1, 0xAB));
+    EXPECT_EQ(OV_XML_GetGenICamXML(handle, buffer.data(), whole, &length), OV_STATUS_OK);
+    EXPECT_EQ(buffer.back(), 0xAB) << "not a byte more";
+    EXPECT_EQ(OV_XML_GetGenICamXML(handle, nullptr, 10, &length), OV_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(OV_XML_GetGenICamXML(handle, buffer.data(), whole, nullptr), OV_STATUS_INVALID_PARAMETER);
+}
+
+class BrokenXml : public testing::TestWithParam<std::tuple<vcam::XmlFault, std::vector<std::uint32_t>>> {};
+
+// The statuses that are right for it; OV_STATUS_OK where the XML is odd, but readable.
+TEST_P(BrokenXml, GivesAStatusAndTheCameraIsUsableAfterwards) {
+    vcam::VirtualCamera camera(smallCamera());
+    camera.Start();
+    vcam::Faults faults;
+    faults.xml = std::get<0>(GetParam());
+    camera.SetFaults(faults);
+    const Handle handle(recordOf(camera.Address()));
+    const std::uint32_t status = handle.open();
+    const auto& right = std::get<1>(GetParam());
+    EXPECT_NE(std::find(right.begin(), right.end(), status), right.end()) << std::hex << status;
+    if (status == OV_STATUS_OK) {
+        // Whatever the XML says, none of these may crash or hang.
+        OV_CC_StartGrabbing(handle);
+        OV_CC_GetOptimalPacketSize(handle);
+        OV_CC_StopGrabbing(handle);
+        EXPECT_EQ(OV_CC_CloseDevice(handle), OV_STATUS_OK);
+    }
+    EXPECT_FALSE(camera.IsControlled()) << "a failed opening leaves nothing behind";
+    camera.SetFaults({});
+    EXPECT_EQ(handle.open(), OV_STATUS_OK);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, BrokenXml,
+    testing::Values(
+        std::make_tuple(vcam::XmlFault::Truncated,
+                        std::vector<std::uint32_t>{OV_STATUS_PACKET, OV_STATUS_GENICAM_GENERIC}),
+        std::make_tuple(vcam::XmlFault::NotXml,
+                        std::vector<std::uint32_t>{OV_STATUS_PACKET, OV_STATUS_GENICAM_GENERIC}),
+        std::make_tuple(vcam::XmlFault::Huge, std::vector<std::uint32_t>{OV_STATUS_OK, OV_STATUS_PACKET}),
+        std::make_tuple(vcam::XmlFault::HttpLocation, std::vector<std::uint32_t>{OV_STATUS_NOT_SUPPORTED}),
+        std::make_tuple(vcam::XmlFault::BadZip, std::vector<std::uint32_t>{OV_STATUS_PACKET}),
+        std::make_tuple(vcam::XmlFault::NoLocation, std::vector<std::uint32_t>{OV_STATUS_PACKET}),
+        std::make_tuple(vcam::XmlFault::TooLong,
+                        std::vector<std::uint32_t>{OV_STATUS_PACKET, OV_STATUS_INVALID_ADDRESS}),
+        std::make_tuple(vcam::XmlFault::Cyclic, std::vector<std::uint32_t>{OV_STATUS_OK, OV_STATUS_PACKET,
+                                                                           OV_STATUS_GENICAM_GENERIC})));
 
 } // namespace
 } // namespace kolt::test
