@@ -8,7 +8,7 @@ function(kolt_add_platform_library target)
   target_link_libraries(${target} PRIVATE kolt_options ${ARG_CORE} ${ARG_LIBS})
   set(map "${CMAKE_CURRENT_SOURCE_DIR}/${ARG_EXPORTS}")
   target_link_options(${target} PRIVATE "-Wl,--version-script=${map}" -Wl,-z,defs)
-  if(KOLT_SANITIZE)
+  if(KOLT_SANITIZE OR KOLT_BUILD_FUZZERS)
     # The sanitizer's run-time is only in the program.
     target_link_options(${target} PRIVATE -Wl,-z,undefs)
   endif()

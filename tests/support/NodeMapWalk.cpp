@@ -268,9 +268,10 @@ private:
         std::int64_t maximum = 0;
         std::int64_t increment = 0;
         std::int64_t value = 0;
-        const bool range = Try("GetMin", [&] { minimum = integer.GetMin(); }) &
-                           Try("GetMax", [&] { maximum = integer.GetMax(); }) &
-                           Try("GetInc", [&] { increment = integer.GetInc(); });
+        const bool hasMinimum = Try("GetMin", [&] { minimum = integer.GetMin(); });
+        const bool hasMaximum = Try("GetMax", [&] { maximum = integer.GetMax(); });
+        const bool hasIncrement = Try("GetInc", [&] { increment = integer.GetInc(); });
+        const bool range = hasMinimum && hasMaximum && hasIncrement;
         Expect(!range || increment >= 1, "increment below 1");
         Try("GetIncMode", [&] {
             if (integer.GetIncMode() == listIncrement) {
@@ -299,8 +300,8 @@ private:
         double minimum = 0;
         double maximum = 0;
         double value = 0;
-        const bool range =
-            Try("GetMin", [&] { minimum = real.GetMin(); }) & Try("GetMax", [&] { maximum = real.GetMax(); });
+        const bool hasMinimum = Try("GetMin", [&] { minimum = real.GetMin(); });
+        const bool hasMaximum = Try("GetMax", [&] { maximum = real.GetMax(); });
         Try("HasInc", [&] {
             if (real.HasInc()) {
                 real.GetInc();
@@ -310,7 +311,7 @@ private:
             return;
         }
         const bool verified = Try("IFloat::GetValue with Verify", [&] { real.GetValue(true); });
-        if (range && verified && !std::isnan(value)) {
+        if (hasMinimum && hasMaximum && verified && !std::isnan(value)) {
             Expect(minimum <= value && value <= maximum, "Verify lets a value out of range through");
         }
         if (m_options.write && IsWritable(m_mode)) {

@@ -20,7 +20,7 @@ namespace {
 constexpr int maxDepth = 200; // of nodes that depend on one another; cameras need some 20
 // Evaluations of one operation: without a bound, a chain of nodes that each ask the next one twice takes for
 // ever.
-constexpr int maxSteps = 50000;
+constexpr int maxSteps = 10000;
 constexpr int maxCallbackRounds = 16; // of callbacks whose own writes call back again
 
 gcstring toGc(std::string_view text) {
