@@ -283,7 +283,7 @@ int wholeHostQuestion(DiscoveryQuestion& question) {
 
 void copyText(const std::string& text, char* field, std::size_t size) {
     std::memset(field, 0, size);
-    std::memcpy(field, text.data(), std::min(text.size(), size - 1));
+    text.copy(field, size - 1);
 }
 
 void fillRecord(const FoundCamera& camera, _OV_CC_DEVICE_INFO_& record) {

@@ -7,7 +7,7 @@
 #ifndef OV_CAMERA_CONTROL_X_H
 #define OV_CAMERA_CONTROL_X_H
 
-#include <stdint.h>
+#include <stdint.h> /* NOLINT(modernize-deprecated-headers): C includes this header too */
 
 #ifdef __cplusplus
 extern "C" {
