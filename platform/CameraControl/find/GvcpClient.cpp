@@ -131,34 +131,34 @@ std::uint32_t GvcpClient::request(const Datagram& command, const Expectation& ex
 GvcpClient::Wait GvcpClient::awaitAnswer(const Expectation& expected, Acknowledge& out,
                                          Clock::time_point deadline, Clock::time_point pendingDeadline) {
     for (;;) {
-        UdpOrigin origin;
-        const long length = socket_.receive(buffer_.data(), buffer_.size(), origin);
-        if (length >= 0) {
-            if (accept(static_cast<std::size_t>(length), origin, expected, out)) {
-                if (!out.pending)
-                    return Wait::answered;
-                const auto patience = Clock::now() + std::chrono::milliseconds(out.pendingMs);
-                deadline = std::max(deadline, std::min(patience, pendingDeadline));
-            }
-            // Also while datagrams keep coming: rubbish must not prolong the wait.
-            if (Clock::now() >= deadline)
-                return Wait::timedOut;
-            continue;
-        }
-        std::uint32_t destination = 0;
-        int error = 0;
-        if (socket_.takeError(destination, error)) {
-            if (destination == peer_.ip && error != 0)
-                return Wait::refused;
-            continue;
-        }
-        if (Clock::now() >= deadline)
-            return Wait::timedOut;
         pollfd watched[2] = {{socket_.descriptor(), POLLIN, 0}, {cancelFd_, POLLIN, 0}};
         const timespec left = timeLeft(deadline);
-        if (::ppoll(watched, 2, &left, nullptr) > 0 && watched[1].revents != 0)
+        const int ready = ::ppoll(watched, 2, &left, nullptr);
+        if (ready > 0 && watched[1].revents != 0)
             return Wait::cancelled;
+        if (ready > 0 && (watched[0].revents & POLLERR) != 0 && isRefused())
+            return Wait::refused;
+        UdpOrigin origin;
+        const long length = ready > 0 ? socket_.receive(buffer_.data(), buffer_.size(), origin) : -1;
+        if (length >= 0 && accept(static_cast<std::size_t>(length), origin, expected, out)) {
+            if (!out.pending)
+                return Wait::answered;
+            const auto patience = Clock::now() + std::chrono::milliseconds(out.pendingMs);
+            deadline = std::max(deadline, std::min(patience, pendingDeadline));
+        }
+        // Also while datagrams keep coming: rubbish must not prolong the wait.
+        if (Clock::now() >= deadline)
+            return Wait::timedOut;
     }
+}
+
+bool GvcpClient::isRefused() {
+    std::uint32_t destination = 0;
+    int error = 0;
+    bool refused = false;
+    while (socket_.takeError(destination, error))
+        refused = refused || (destination == peer_.ip && error != 0);
+    return refused;
 }
 
 bool GvcpClient::accept(std::size_t length, const UdpOrigin& origin, const Expectation& expected,

@@ -63,6 +63,7 @@ private:
     Wait awaitAnswer(const Expectation& expected, Acknowledge& out,
                      std::chrono::steady_clock::time_point deadline,
                      std::chrono::steady_clock::time_point pendingDeadline);
+    bool isRefused();
     bool accept(std::size_t length, const UdpOrigin& origin, const Expectation& expected, Acknowledge& out);
     std::uint16_t nextRequestId();
 
