@@ -46,3 +46,12 @@ double MedianOf(const std::vector<Race::Result>& results, const std::string& nam
     }
     return 0;
 }
+
+double LeastOf(const std::vector<Race::Result>& results, const std::string& name) {
+    for (const Race::Result& result : results) {
+        if (result.name == name) {
+            return result.least;
+        }
+    }
+    return 0;
+}

@@ -47,6 +47,9 @@ private:
 /* The median of the result of that name; 0 when it didn't run. */
 double MedianOf(const std::vector<Race::Result>& results, const std::string& name);
 
+/* The shortest of its times; 0 when it didn't run. */
+double LeastOf(const std::vector<Race::Result>& results, const std::string& name);
+
 /* The parts of the program. rounds: how often everything is run; filter: what a row's name must contain. */
 void BenchConversions(int rounds, const std::string& filter);
 

@@ -23,6 +23,9 @@ std::uint32_t OV_MP_DestroyHandle(void* handle) {
 }
 
 std::uint32_t OV_MP_ConvertPixelType(void* handle, _OV_CONVERT_PIXEL_INFO_* record) {
+    if (record != nullptr) {
+        record->destinationLength = 0; // whatever goes wrong before ConvertRecord
+    }
     return WithWorkspace(handle, record, ConvertRecord);
 }
 

@@ -1,9 +1,9 @@
 #include "MediaKit/WorkerPool.h"
 
 #include <algorithm>
+#include <exception>
 #include <pthread.h>
 #include <string>
-#include <system_error>
 
 namespace media {
 
@@ -34,7 +34,7 @@ void WorkerPool::StartThreads() {
         for (unsigned worker = 1; worker <= helpers_; ++worker) {
             threads_.emplace_back([this, worker] { Help(worker); });
         }
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         // Fewer threads: slower, not wrong.
     }
 }

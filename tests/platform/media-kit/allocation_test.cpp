@@ -11,9 +11,13 @@
 
 namespace {
 std::atomic<std::size_t> allocations{0};
+std::atomic<bool> exhausted{false}; // no memory is to be had
 
 void* Allocate(std::size_t size, std::size_t alignment) {
     ++allocations;
+    if (exhausted) {
+        throw std::bad_alloc();
+    }
     void* const block = std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
     if (block == nullptr) {
         throw std::bad_alloc();
@@ -99,6 +103,62 @@ TEST(Allocation, OnlyTheFirstConversionOfASizeAllocates) {
     EXPECT_EQ(allocations, warm);
     convert(OV_PIXEL_BAYER_RG8, 800, 2, false);
     EXPECT_GT(allocations, warm) << "a wider picture wants more room";
+    OV_MP_DestroyHandle(handle);
+}
+
+TEST(Allocation, WithoutMemoryThereIsAStatusAndLaterAPicture) {
+    void* const handle = OV_MP_CreateHandle();
+    std::vector<std::uint8_t> pixels(64U * 64U, 100);
+    std::vector<std::uint8_t> result(3U * 64U * 64U, 7);
+    _OV_CONVERT_PIXEL_INFO_ record{};
+    record.width = 64;
+    record.height = 64;
+    record.sourceType = OV_PIXEL_BAYER_RG8;
+    record.source = pixels.data();
+    record.sourceLength = static_cast<std::uint32_t>(pixels.size());
+    record.destinationType = OV_PIXEL_RGB8;
+    record.destination = result.data();
+    record.destinationCapacity = static_cast<std::uint32_t>(result.size());
+    record.destinationLength = 99;
+    exhausted = true;
+    void* const none = OV_MP_CreateHandle();
+    const std::uint32_t status = OV_MP_ConvertPixelType(handle, &record);
+    exhausted = false;
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(status, OV_STATUS_RESOURCE);
+    EXPECT_EQ(record.destinationLength, 0U);
+    EXPECT_EQ(result, std::vector<std::uint8_t>(result.size(), 7));
+    EXPECT_EQ(OV_MP_ConvertPixelType(handle, &record), OV_STATUS_OK);
+    EXPECT_EQ(result, std::vector<std::uint8_t>(result.size(), 100));
+    OV_MP_DestroyHandle(handle);
+}
+
+/* A buffer that couldn't grow is gone, but the next call makes it anew. */
+TEST(Allocation, AFailureToGrowIsNotRemembered) {
+    void* const handle = OV_MP_CreateHandle();
+    std::vector<std::uint8_t> pixels(512U * 8U, 50);
+    std::vector<std::uint8_t> result(512U * 8U, 0);
+    const auto convert = [&](std::uint16_t width) {
+        _OV_CONVERT_PIXEL_INFO_ record{};
+        record.width = width;
+        record.height = 8;
+        record.sourceType = OV_PIXEL_BAYER_GB8;
+        record.source = pixels.data();
+        record.sourceLength = static_cast<std::uint32_t>(pixels.size());
+        record.destinationType = OV_PIXEL_MONO8;
+        record.destination = result.data();
+        record.destinationCapacity = static_cast<std::uint32_t>(result.size());
+        record.bayerMethod = OV_BAYER_HAMILTON;
+        return OV_MP_ConvertPixelType(handle, &record);
+    };
+    ASSERT_EQ(convert(64), OV_STATUS_OK);
+    exhausted = true;
+    const std::uint32_t status = convert(512);
+    exhausted = false;
+    EXPECT_EQ(status, OV_STATUS_RESOURCE);
+    EXPECT_EQ(convert(64), OV_STATUS_OK);
+    EXPECT_EQ(convert(512), OV_STATUS_OK);
+    EXPECT_EQ(result, std::vector<std::uint8_t>(result.size(), 50));
     OV_MP_DestroyHandle(handle);
 }
 
