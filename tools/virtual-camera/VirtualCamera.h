@@ -82,7 +82,9 @@ struct Config {
     Faults faults;
 };
 
-// What really happened, since Start. A packet is leader, payload or trailer of a frame.
+// What really happened, since Start. A packet is leader, payload or trailer of a frame. Packets are counted
+// when the system has taken them, so a client may have the last of a frame a moment before: wait for
+// !IsStreaming() to compare.
 struct Counters {
     uint64_t framesStarted = 0;
     uint64_t framesCompleted = 0; // the last packet was sent or dropped on purpose

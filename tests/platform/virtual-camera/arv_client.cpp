@@ -20,9 +20,12 @@ ArvClient::ArvClient(const std::string& address) {
     const Ref<GInetAddress> host(g_inet_address_new_from_string("127.0.0.1"));
     const Ref<GInetAddress> camera(g_inet_address_new_from_string(address.c_str()));
     m_device.reset(arv_gv_device_new(host.get(), camera.get(), &error));
-    Check(error, "open");
-    if (!m_device)
-        throw std::runtime_error("the camera could not be opened");
+    if (!m_device) {
+        const std::string text = error == nullptr ? "the camera could not be opened" : error->message;
+        g_clear_error(&error);
+        throw std::runtime_error(text);
+    }
+    g_clear_error(&error);
 }
 
 ArvClient::~ArvClient() {
@@ -110,7 +113,8 @@ void ArvClient::StartStream(unsigned buffers, bool resend) {
     Check(error, "create a stream");
     ASSERT_TRUE(m_stream);
     g_object_set(m_stream.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_AUTO, "packet-resend",
-                 resend ? ARV_GV_STREAM_PACKET_RESEND_ALWAYS : ARV_GV_STREAM_PACKET_RESEND_NEVER, nullptr);
+                 resend ? ARV_GV_STREAM_PACKET_RESEND_ALWAYS : ARV_GV_STREAM_PACKET_RESEND_NEVER,
+                 "frame-retention", 5000000u, nullptr); // a loaded machine may hold the client up for long
     const auto payload = static_cast<size_t>(GetInt("PayloadSize"));
     for (unsigned i = 0; i < buffers; ++i)
         arv_stream_push_buffer(m_stream.get(), arv_buffer_new_allocate(payload));

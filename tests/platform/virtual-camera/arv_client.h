@@ -28,7 +28,8 @@ struct ArvFrame {
     Ref<ArvBuffer> buffer; // for chunks
 };
 
-// Opens by address, and fails the test on an error. Takes control of the camera.
+// Opens by address (std::runtime_error when that fails) and takes control of the camera. All else fails the
+// test on an error.
 class ArvClient {
 public:
     explicit ArvClient(const std::string& address);
@@ -53,6 +54,7 @@ public:
     // Opens the stream with `buffers` buffers of PayloadSize and starts the acquisition.
     void StartStream(unsigned buffers = 10, bool resend = true);
     void StopStream();
+    void AbandonStream() { m_stream.reset(); } // without a word to the camera
     // The next frame; with status ARV_BUFFER_STATUS_UNKNOWN when none came in time.
     ArvFrame Next(std::chrono::milliseconds timeout = std::chrono::seconds(5));
     ArvStream* Stream() const { return m_stream.get(); }

@@ -3,13 +3,14 @@
 #ifndef KOLT_TESTS_VCAM_RAW_CLIENT_H
 #define KOLT_TESTS_VCAM_RAW_CLIENT_H
 
+#include "eventually.h"
+
 #include <chrono>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace kolt::test {
@@ -82,18 +83,6 @@ private:
     uint16_t m_nextId = 1;
     unsigned m_pendings = 0;
 };
-
-// Waits for what a thread of the camera is about to do.
-template<class Condition>
-bool Eventually(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        std::this_thread::sleep_for(milliseconds(2));
-    }
-    return true;
-}
 
 // Takes the packets of a stream and sorts them into frames.
 struct RawFrame {

@@ -1,44 +1,301 @@
-// The camera's stream as an Aravis client receives it.
+// The camera as an Aravis client sees it: features, streams in all formats, losses with and without resend,
+// chunks.
 #include "VirtualCamera.h"
 #include "arv_client.h"
+#include "eventually.h"
+#include "pixel_reader.h"
 #include "support/LoopbackAddress.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
+#include <stdexcept>
 
 namespace {
 
 using namespace kolt::test;
 
+constexpr uint32_t kWidth = 320;
+constexpr uint32_t kHeight = 240;
+
 vcam::Config SmallCamera(unsigned index) {
     vcam::Config config;
     config.address = LoopbackAddress(index);
-    config.sensorWidth = 320;
-    config.sensorHeight = 240;
+    config.sensorWidth = kWidth;
+    config.sensorHeight = kHeight;
+    config.frameRate = 100;
     return config;
 }
 
-TEST(VirtualCameraStream, Mono8ArrivesWholeAndInOrder) {
-    vcam::VirtualCamera camera(SmallCamera(0));
-    camera.Start();
-    ArvClient client(camera.Address());
-    ASSERT_TRUE(client.Controls());
-    client.StartStream();
+struct Rig {
+    explicit Rig(const vcam::Config& config) : camera(config) {
+        camera.Start();
+        client = std::make_unique<ArvClient>(camera.Address());
+    }
+    vcam::VirtualCamera camera;
+    std::unique_ptr<ArvClient> client;
+};
+
+TEST(VirtualCameraWithAravis, Mono8ArrivesWholeAndInOrder) {
+    Rig rig(SmallCamera(0));
+    ASSERT_TRUE(rig.client->Controls());
+    rig.client->StartStream();
     uint32_t last = 0;
-    for (int i = 0; i < 10; ++i) {
-        const ArvFrame frame = client.Next();
+    for (int i = 0; i < 30; ++i) {
+        const ArvFrame frame = rig.client->Next();
         ASSERT_EQ(frame.status, ARV_BUFFER_STATUS_SUCCESS);
         EXPECT_EQ(frame.pixelFormat, 0x01080001u);
-        EXPECT_EQ(frame.width, 320u);
-        EXPECT_EQ(frame.height, 240u);
+        EXPECT_EQ(frame.width, kWidth);
+        EXPECT_EQ(frame.height, kHeight);
         uint32_t number = 0;
-        ASSERT_TRUE(vcam::ReadFrameNumber(frame.pixels.data(), 320, 320, 240, number));
+        ASSERT_TRUE(vcam::ReadFrameNumber(frame.pixels.data(), kWidth, kWidth, kHeight, number));
         EXPECT_GT(number, last);
         EXPECT_EQ(number, frame.id);
         last = number;
     }
-    client.StopStream();
-    EXPECT_GE(camera.GetCounters().framesCompleted, 10u);
-    EXPECT_EQ(camera.GetCounters().packetsMissing, 0u);
+    rig.client->StopStream();
+    EXPECT_GE(rig.camera.GetCounters().framesCompleted, 30u);
+    EXPECT_EQ(rig.camera.GetCounters().packetsMissing, 0u);
 }
+
+// All formats in turn on one camera, with region, mirrors and exposure, so that the patches are told right
+// there too.
+TEST(VirtualCameraWithAravis, EveryFormatShowsThePatches) {
+    Rig rig(SmallCamera(0));
+    unsigned turn = 0;
+    for (const FormatFacts& format : AllFormats()) {
+        rig.client->SetText("PixelFormat", format.name);
+        rig.client->SetBool("ReverseX", turn % 2 != 0);
+        rig.client->SetBool("ReverseY", turn % 3 == 1);
+        rig.client->SetFloat("ExposureTime", turn % 4 == 3 ? 2000.0 : 4000.0);
+        rig.client->SetInt("OffsetX", 0);
+        rig.client->SetInt("Width", turn % 5 == 4 ? 160 : 320);
+        if (turn % 5 == 4)
+            rig.client->SetInt("OffsetX", 64);
+        ++turn;
+        EXPECT_EQ(rig.client->GetInt("PayloadSize"),
+                  rig.client->GetInt("Width") * kHeight * ((format.code >> 16) & 0xFF) / 8);
+        rig.client->StartStream(3);
+        const ArvFrame frame = rig.client->Next();
+        const std::vector<vcam::Patch> patches = rig.camera.Patches();
+        rig.client->StopStream();
+        ASSERT_EQ(frame.status, ARV_BUFFER_STATUS_SUCCESS) << format.name;
+        EXPECT_EQ(frame.pixelFormat, format.code);
+        EXPECT_GE(patches.size(), 3u);
+        for (const vcam::Patch& patch : patches) {
+            const Colour expected{double(patch.red), double(patch.green), double(patch.blue)};
+            for (uint32_t dy = 0; dy < 2; ++dy) { // four neighbours: each colour of a Bayer tile
+                for (uint32_t dx = 0; dx < 2; ++dx) {
+                    const PixelReading reading =
+                        ReadPixel(format, frame.pixels, frame.width, patch.x + patch.width / 2 + dx,
+                                  patch.y + patch.height / 2 + dy);
+                    EXPECT_LE(Difference(reading, expected), 3.0) << format.name << " " << patch.name;
+                }
+            }
+        }
+    }
+}
+
+TEST(VirtualCameraWithAravis, ZippedXmlIsRead) {
+    vcam::Config config = SmallCamera(0);
+    config.zippedXml = true;
+    Rig rig(config);
+    EXPECT_EQ(rig.client->GetInt("Width"), kWidth);
+    size_t length = 0;
+    const char* xml = arv_device_get_genicam_xml(rig.client->Device(), &length);
+    EXPECT_EQ(std::string(xml, length), rig.camera.Xml());
+}
+
+TEST(VirtualCameraWithAravis, FeaturesReadAndWrite) {
+    Rig rig(SmallCamera(0));
+    ArvClient& c = *rig.client;
+    EXPECT_EQ(c.GetText("DeviceVendorName"), "KOLT");
+    EXPECT_EQ(c.GetText("DeviceSerialNumber"), "VC000001");
+    c.SetText("DeviceUserID", "bench");
+    EXPECT_EQ(c.GetText("DeviceUserID"), "bench");
+    c.SetInt("Width", 160);
+    c.SetInt("OffsetX", 100);
+    EXPECT_EQ(c.GetInt("OffsetX"), 100);
+    EXPECT_EQ(c.GetInt("WidthMax"), 320);
+    c.SetFloat("ExposureTime", 1234.5);
+    EXPECT_EQ(c.GetFloat("ExposureTime"), 1234.5);
+    c.SetFloat("AcquisitionFrameRate", 25);
+    EXPECT_NEAR(c.GetFloat("ResultingFrameRate"), 25, 1e-9);
+    c.SetFloat("ExposureTime", 100000);
+    EXPECT_NEAR(c.GetFloat("ResultingFrameRate"), 10, 1e-9) << "the exposure takes longer";
+    c.SetText("PixelFormat", "RGB8Packed");
+    EXPECT_EQ(c.GetText("PixelSize"), "Bpp24");
+    c.SetText("TriggerSelector", "AcquisitionStart");
+    c.SetText("TriggerMode", "On");
+    c.SetText("TriggerSelector", "FrameStart");
+    EXPECT_EQ(c.GetText("TriggerMode"), "Off") << "each trigger has settings of its own";
+    c.SetText("TriggerSelector", "AcquisitionStart");
+    EXPECT_EQ(c.GetText("TriggerMode"), "On");
+    EXPECT_GT(c.GetFloat("DeviceTemperature"), 20);
+    c.SetInt("GevSCPSPacketSize", 9000);
+    EXPECT_EQ(c.Register(0x0D04) & 0xFFFF, 9000u);
+    EXPECT_NE(c.Register(0x0D04) & 0x40000000, 0u) << "the other bits of the register stay";
+    EXPECT_EQ(c.GetInt("GevTimestampTickFrequency"), 1000000000);
+    c.SetInt("VcamLossPerMille", 3);
+    EXPECT_EQ(rig.camera.GetFaults().lossPerMille, 3u);
+}
+
+// The frames that an Aravis client failed to complete are those that the camera's books say.
+TEST(VirtualCameraWithAravis, LossWithoutResendIsWhatTheCameraSays) {
+    vcam::Config config = SmallCamera(0);
+    config.faults.lossPerMille = 5;
+    config.faults.losePayloadOnly = true;
+    Rig rig(config);
+    rig.client->SetText("AcquisitionMode", "MultiFrame");
+    rig.client->SetInt("AcquisitionFrameCount", 60);
+    rig.client->StartStream(80, false);
+    unsigned whole = 0, broken = 0;
+    for (int i = 0; i < 60; ++i) {
+        const ArvFrame frame = rig.client->Next();
+        if (frame.status == ARV_BUFFER_STATUS_SUCCESS)
+            ++whole;
+        else if (frame.status == ARV_BUFFER_STATUS_MISSING_PACKETS ||
+                 frame.status == ARV_BUFFER_STATUS_TIMEOUT)
+            ++broken;
+    }
+    EXPECT_TRUE(Eventually([&rig] { return !rig.camera.IsStreaming(); }));
+    const vcam::Counters counters = rig.camera.GetCounters();
+    EXPECT_EQ(counters.framesCompleted, 60u);
+    EXPECT_GT(counters.framesMissingPackets, 0u);
+    EXPECT_EQ(broken, counters.framesMissingPackets);
+    EXPECT_EQ(whole, 60 - counters.framesMissingPackets);
+    EXPECT_EQ(counters.packetsResent, 0u);
+}
+
+TEST(VirtualCameraWithAravis, ResendRepairsEveryFrame) {
+    vcam::Config config = SmallCamera(0);
+    config.faults.lossPerMille = 5;
+    config.seed = 3;
+    Rig rig(config);
+    rig.client->SetText("AcquisitionMode", "MultiFrame");
+    rig.client->SetInt("AcquisitionFrameCount", 60);
+    rig.client->StartStream(80, true);
+    for (int i = 0; i < 60; ++i)
+        EXPECT_EQ(rig.client->Next().status, ARV_BUFFER_STATUS_SUCCESS) << i;
+    EXPECT_TRUE(Eventually([&rig] { return !rig.camera.IsStreaming(); }));
+    const vcam::Counters counters = rig.camera.GetCounters();
+    EXPECT_GT(counters.packetsDropped, 0u);
+    EXPECT_GT(counters.packetsResent, 0u);
+    EXPECT_EQ(counters.packetsMissing, 0u);
+}
+
+TEST(VirtualCameraWithAravis, ChunksAreParsed) {
+    Rig rig(SmallCamera(0));
+    GError* error = nullptr;
+    const Ref<ArvChunkParser> parser(arv_device_create_chunk_parser(rig.client->Device()));
+    rig.client->SetBool("ChunkModeActive", true);
+    rig.client->SetFloat("Gain", 6.5);
+    rig.client->StartStream();
+    for (int i = 0; i < 3; ++i) {
+        const ArvFrame frame = rig.client->Next();
+        ASSERT_EQ(frame.status, ARV_BUFFER_STATUS_SUCCESS);
+        ASSERT_TRUE(arv_buffer_has_chunks(frame.buffer.get()));
+        EXPECT_EQ(
+            arv_chunk_parser_get_integer_value(parser.get(), frame.buffer.get(), "ChunkFrameID", &error),
+            static_cast<gint64>(frame.id));
+        EXPECT_EQ(
+            arv_chunk_parser_get_integer_value(parser.get(), frame.buffer.get(), "ChunkTimestamp", &error),
+            static_cast<gint64>(frame.timestamp));
+        EXPECT_EQ(arv_chunk_parser_get_float_value(parser.get(), frame.buffer.get(), "ChunkGain", &error),
+                  6.5);
+        EXPECT_EQ(
+            arv_chunk_parser_get_float_value(parser.get(), frame.buffer.get(), "ChunkExposureTime", &error),
+            4000.0);
+        EXPECT_EQ(error, nullptr);
+    }
+}
+
+TEST(VirtualCameraWithAravis, SecondClientGetsNoControl) {
+    Rig rig(SmallCamera(0));
+    ArvClient second(rig.camera.Address());
+    EXPECT_TRUE(rig.client->Controls());
+    EXPECT_FALSE(second.Controls());
+    EXPECT_EQ(second.TryWriteRegister(0x0D08, 1), ARV_DEVICE_ERROR_PROTOCOL_ERROR_ACCESS_DENIED);
+    EXPECT_EQ(second.GetInt("Width"), kWidth);
+}
+
+TEST(VirtualCameraWithAravis, SlowAnswersAreWaitedFor) {
+    Rig rig(SmallCamera(0));
+    vcam::Faults faults;
+    faults.answerDelayMs = 700; // above Aravis's time-out of 500 ms
+    rig.camera.SetFaults(faults);
+    EXPECT_EQ(rig.client->Register(0x0A00), 2u);
+    EXPECT_GE(rig.camera.GetCounters().pendingAnswers, 1u);
+}
+
+TEST(VirtualCameraWithAravis, DeadCameraLosesItsClient) {
+    Rig rig(SmallCamera(0));
+    rig.client->StartStream();
+    ASSERT_EQ(rig.client->Next().status, ARV_BUFFER_STATUS_SUCCESS);
+    std::atomic<bool> lost{false};
+    g_signal_connect(
+        rig.client->Device(), "control-lost",
+        G_CALLBACK(+[](ArvDevice*, gpointer flag) { *static_cast<std::atomic<bool>*>(flag) = true; }), &lost);
+    vcam::Faults faults;
+    faults.silent = true;
+    rig.camera.SetFaults(faults);
+    EXPECT_TRUE(Eventually([&lost] { return lost.load(); }));
+    rig.camera.SetFaults({}); // so that the client's good-bye is not waited for
+    rig.client->AbandonStream();
+}
+
+TEST(VirtualCameraWithAravis, PacketSizeIsNegotiatedDownToTheNarrowPath) {
+    vcam::Config config = SmallCamera(0);
+    config.mtu = 3000;
+    Rig rig(config);
+    GError* error = nullptr;
+    arv_gv_device_set_packet_size_adjustment(ARV_GV_DEVICE(rig.client->Device()),
+                                             ARV_GV_PACKET_SIZE_ADJUSTMENT_ALWAYS);
+    const guint size = arv_gv_device_auto_packet_size(ARV_GV_DEVICE(rig.client->Device()), &error);
+    ASSERT_EQ(error, nullptr);
+    EXPECT_LE(size, 3000u);
+    EXPECT_GE(size, 2900u);
+    EXPECT_GT(rig.camera.GetCounters().testPackets, 0u);
+    EXPECT_GT(rig.camera.GetCounters().packetsTooBig, 0u);
+}
+
+TEST(VirtualCameraWithAravis, SeveralCamerasStreamAtOnce) {
+    std::vector<std::unique_ptr<Rig>> rigs;
+    for (unsigned i = 0; i < 4; ++i) {
+        vcam::Config config = SmallCamera(i);
+        config.serial = "VC00001" + std::to_string(i);
+        config.frameRate = 30;
+        rigs.push_back(std::make_unique<Rig>(config));
+    }
+    for (const auto& rig : rigs)
+        rig->client->StartStream();
+    for (int i = 0; i < 10; ++i) {
+        for (const auto& rig : rigs)
+            EXPECT_EQ(rig->client->Next().status, ARV_BUFFER_STATUS_SUCCESS);
+    }
+}
+
+// Each must end in an error of the client, not in its end or the camera's.
+class BrokenXml : public testing::TestWithParam<vcam::XmlFault> {};
+
+TEST_P(BrokenXml, DoesNotHurtTheCamera) {
+    vcam::Config config = SmallCamera(0);
+    config.faults.xml = GetParam();
+    vcam::VirtualCamera camera(config);
+    camera.Start();
+    try {
+        const ArvClient client(camera.Address());
+    } catch (const std::runtime_error&) { // Aravis may refuse it
+    }
+    vcam::Faults healed;
+    camera.SetFaults(healed);
+    EXPECT_TRUE(Eventually([&camera] { return !camera.IsControlled(); }));
+    ArvClient again(camera.Address());
+    EXPECT_TRUE(again.Controls());
+    EXPECT_EQ(again.GetInt("Width"), kWidth) << "sound again for whoever comes next";
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, BrokenXml,
+                         testing::Values(vcam::XmlFault::Truncated, vcam::XmlFault::HttpLocation,
+                                         vcam::XmlFault::BadZip, vcam::XmlFault::NoLocation));
 
 } // namespace
