@@ -71,8 +71,14 @@ public:
     }
     void Start(const Config& config) {
         const Site site = MakeSite(config);
-        stream.Start(site.address, site.loopback ? std::string() : site.interface);
-        server.Start(site);
+        try {
+            stream.Start(site.address, site.loopback ? std::string() : site.interface);
+            server.Start(site);
+        } catch (...) {
+            if (site.added)
+                RemoveHostAddress(site.interface, site.address, site.mask);
+            throw;
+        }
     }
 
     FaultPanel faults;

@@ -15,9 +15,9 @@ void Check(GError* error, const char* what) {
 
 } // namespace
 
-ArvClient::ArvClient(const std::string& address) {
+ArvClient::ArvClient(const std::string& address, const std::string& hostAddress) {
     GError* error = nullptr;
-    const Ref<GInetAddress> host(g_inet_address_new_from_string("127.0.0.1"));
+    const Ref<GInetAddress> host(g_inet_address_new_from_string(hostAddress.c_str()));
     const Ref<GInetAddress> camera(g_inet_address_new_from_string(address.c_str()));
     m_device.reset(arv_gv_device_new(host.get(), camera.get(), &error));
     if (!m_device) {
@@ -112,7 +112,8 @@ void ArvClient::StartStream(unsigned buffers, bool resend) {
     m_stream.reset(arv_device_create_stream(Device(), nullptr, nullptr, &error));
     Check(error, "create a stream");
     ASSERT_TRUE(m_stream);
-    g_object_set(m_stream.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_AUTO, "packet-resend",
+    g_object_set(m_stream.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
+                 4 << 20, "packet-resend",
                  resend ? ARV_GV_STREAM_PACKET_RESEND_ALWAYS : ARV_GV_STREAM_PACKET_RESEND_NEVER,
                  "frame-retention", 5000000u, nullptr); // a loaded machine may hold the client up for long
     const auto payload = static_cast<size_t>(GetInt("PayloadSize"));

@@ -32,7 +32,7 @@ struct ArvFrame {
 // test on an error.
 class ArvClient {
 public:
-    explicit ArvClient(const std::string& address);
+    explicit ArvClient(const std::string& address, const std::string& hostAddress = "127.0.0.1");
     ~ArvClient();
 
     ArvDevice* Device() const { return m_device.get(); }

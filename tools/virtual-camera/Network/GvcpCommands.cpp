@@ -3,6 +3,7 @@
 #include "Network/GvcpServer.h"
 #include "VendorRegisters.h"
 
+#include <cerrno>
 #include <system_error>
 
 namespace vcam {
@@ -57,21 +58,42 @@ Status GvcpServer::Move(uint32_t address, uint32_t mask, uint32_t gateway) {
         return Status::InvalidParameter;
     const Site old = m_site;
     try {
-        if (!site.loopback) {
-            site.added = !FindHostAddress(address);
-            if (site.added)
-                AddHostAddress(site.interface, address, mask);
-        }
+        Settle(site);
         Open(site);
         m_stream.Rebind(address);
+        return Status::Success;
     } catch (const std::system_error&) {
-        if (site.added && !(old.added && old.address == site.address))
-            RemoveHostAddress(site.interface, site.address, site.mask);
+        Return(site, old);
         return Status::Error;
     }
-    if (!old.loopback && old.address != address)
-        RemoveHostAddress(old.interface, old.address, old.mask);
-    return Status::Success;
+}
+
+// After a move that failed half way.
+void GvcpServer::Return(const Site& from, const Site& to) {
+    m_site = to;
+    if (to.loopback)
+        return;
+    try {
+        if (from.added && from.address != to.address)
+            RemoveHostAddress(from.interface, from.address, from.mask);
+        AddHostAddress(to.interface, to.address, to.mask);
+    } catch (const std::system_error&) { // the interface is gone; nobody will ask at this address
+    }
+}
+
+// Puts the new address on the interface and takes the old one off.
+void GvcpServer::Settle(Site& site) {
+    if (site.loopback || (site.address == m_site.address && site.mask == m_site.mask))
+        return;
+    site.added = false;
+    if (site.address != m_site.address && FindHostAddress(site.address))
+        throw std::system_error(EADDRINUSE, std::generic_category(),
+                                "the host itself has " + Dotted(site.address));
+    if (!m_site.added)
+        m_displaced = m_site;
+    RemoveHostAddress(m_site.interface, m_site.address, m_site.mask);
+    AddHostAddress(site.interface, site.address, site.mask);
+    site.added = true;
 }
 
 Status GvcpServer::Read(const Peer& from, uint32_t address, uint8_t* to, size_t length) {

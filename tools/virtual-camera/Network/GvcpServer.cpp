@@ -35,24 +35,32 @@ void GvcpServer::Stop() {
     }
     m_control.Close();
     m_broadcasts.clear();
-    if (m_site.added) {
-        m_site.added = false;
-        try {
-            RemoveHostAddress(m_site.interface, m_site.address, m_site.mask);
-        } catch (const std::system_error&) { // the interface went first
-        }
+    try {
+        LeaveInterface();
+        if (m_displaced)
+            AddHostAddress(m_displaced->interface, m_displaced->address, m_displaced->mask);
+    } catch (const std::system_error&) { // the interface went first
     }
+    m_displaced.reset();
 }
 
-// Takes up a site; on an exception all is as before.
+// Takes the camera's address off the interface if the camera had put it there.
+void GvcpServer::LeaveInterface() {
+    if (m_site.added)
+        RemoveHostAddress(m_site.interface, m_site.address, m_site.mask);
+    m_site.added = false;
+}
+
+// Takes up a site; on an exception all is as before. A socket that has the address already is kept.
 void GvcpServer::Open(const Site& site) {
-    const bool bindToDevice = !site.loopback;
-    const std::string device = bindToDevice ? site.interface : std::string();
-    Descriptor control = OpenUdp(site.address, kGvcpPort, device, false);
+    Descriptor control;
+    if (!m_control || site.address != m_site.address)
+        control = OpenUdp(site.address, kGvcpPort, site.loopback ? std::string() : site.interface, false);
     std::vector<Descriptor> broadcasts;
     broadcasts.push_back(OpenUdp(INADDR_BROADCAST, kGvcpPort, site.interface, true));
     broadcasts.push_back(OpenUdp(site.address | ~site.mask, kGvcpPort, site.interface, true));
-    m_control = std::move(control);
+    if (control)
+        m_control = std::move(control);
     m_broadcasts = std::move(broadcasts);
     m_site = site;
     m_address = site.address;

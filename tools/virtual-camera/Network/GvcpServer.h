@@ -62,6 +62,9 @@ private:
     void ShowOwner();
 
     void Open(const Site& site);
+    void LeaveInterface();
+    void Settle(Site& site);
+    void Return(const Site& from, const Site& to);
     Status Move(uint32_t address, uint32_t mask, uint32_t gateway);
 
     DeviceModel& m_model;
@@ -73,6 +76,8 @@ private:
 
     // The thread's own.
     Site m_site;
+    std::optional<Site>
+        m_displaced;      // an address of the host's own that FORCEIP took away; put back at the end
     Descriptor m_control; // bound to the camera's address
     std::vector<Descriptor>
         m_broadcasts; // bound to broadcast addresses, which a bound socket does not hear otherwise

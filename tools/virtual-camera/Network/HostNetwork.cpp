@@ -2,6 +2,7 @@
 
 #include "Network/Socket.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -118,10 +119,21 @@ void AddHostAddress(const std::string& interface, uint32_t address, uint32_t mas
 }
 
 void RemoveHostAddress(const std::string& interface, uint32_t address, uint32_t mask) {
+    const std::vector<HostAddress> before = HostAddresses();
     const int error = ChangeAddress(RTM_DELADDR, 0, interface, address, mask);
     if (error != 0 && error != EADDRNOTAVAIL && error != ENODEV)
         throw std::system_error(error, std::generic_category(),
                                 "remove " + Dotted(address) + " from " + interface);
+    const std::vector<HostAddress> after = HostAddresses();
+    for (const HostAddress& entry : before) {
+        const auto same = [&entry](const HostAddress& other) {
+            return other.interface == entry.interface && other.address == entry.address &&
+                   other.mask == entry.mask;
+        };
+        const bool removed = entry.address == address && entry.mask == mask;
+        if (entry.interface == interface && !removed && std::none_of(after.begin(), after.end(), same))
+            AddHostAddress(interface, entry.address, entry.mask);
+    }
 }
 
 } // namespace vcam
