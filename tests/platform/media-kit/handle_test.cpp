@@ -2,9 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <set>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -103,6 +108,55 @@ TEST(MediaHandle, ServesSeveralThreadsAndMayEndInTheMiddle) {
         thread.join();
     }
     EXPECT_EQ(wrong, 0);
+}
+
+std::size_t ThreadsNamed(const std::string& beginning) {
+    std::size_t count = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream file(task.path() / "comm");
+        std::string name;
+        std::getline(file, name);
+        count += name.rfind(beginning, 0) == 0 ? 1U : 0U;
+    }
+    return count;
+}
+
+bool ThreadsBecome(std::size_t expected) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (ThreadsNamed("ov-media-") != expected) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+/* Helpers come with the first large picture, are few and named, and are gone when the handle is. */
+TEST(MediaHandle, OwnsAFewNamedThreadsAndEndsThem) {
+    constexpr std::uint16_t kSide = 640;
+    std::vector<std::uint8_t> source(kSide * kSide);
+    std::vector<std::uint8_t> result(3 * source.size());
+    _OV_CONVERT_PIXEL_INFO_ record{};
+    record.width = kSide;
+    record.height = 10;
+    record.sourceType = OV_PIXEL_MONO8;
+    record.source = source.data();
+    record.sourceLength = static_cast<std::uint32_t>(source.size());
+    record.destinationType = OV_PIXEL_RGB8;
+    record.destination = result.data();
+    record.destinationCapacity = static_cast<std::uint32_t>(result.size());
+    void* const handle = OV_MP_CreateHandle();
+    ASSERT_EQ(OV_MP_ConvertPixelType(handle, &record), OV_STATUS_OK);
+    EXPECT_EQ(ThreadsNamed("ov-media-"), 0U) << "a small picture wants no help";
+    const std::size_t expected = std::clamp(std::thread::hardware_concurrency(), 1U, 4U) - 1;
+    record.height = kSide;
+    ASSERT_EQ(OV_MP_ConvertPixelType(handle, &record), OV_STATUS_OK);
+    ASSERT_EQ(OV_MP_ConvertPixelType(handle, &record), OV_STATUS_OK);
+    // A thread names itself once it runs, and one that was joined is listed for a moment longer.
+    EXPECT_TRUE(ThreadsBecome(expected));
+    ASSERT_EQ(OV_MP_DestroyHandle(handle), OV_STATUS_OK);
+    EXPECT_TRUE(ThreadsBecome(0));
 }
 
 TEST(MediaHandle, RecordingIsNotSupported) {
