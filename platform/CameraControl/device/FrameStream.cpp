@@ -286,6 +286,9 @@ void FrameStream::onFrameClosed() {
 bool FrameStream::takeClosedLocked(Buffer& buffer) {
     const TransportCounters now = countersLocked();
     judgeLocked(buffer, now);
+    if (tally_.isRestarted() && buffer.closed.end == ClosedFrame::End::incomplete) {
+        buffer.closed.end = ClosedFrame::End::cut;
+    }
     buffer.lostPackets = tally_.frameClosed(buffer.closed, now);
     buffer.closed.blockId = tally_.blockId();
 

@@ -72,7 +72,7 @@ std::uint32_t FrameTally::frameClosed(const ClosedFrame& frame, const TransportC
     std::uint64_t lost = 0;
     if (frame.end == ClosedFrame::End::complete) {
         ++totals_.frames;
-    } else if (frame.end == ClosedFrame::End::unfit) {
+    } else if (frame.end == ClosedFrame::End::unfit || frame.end == ClosedFrame::End::cut) {
         ++totals_.unfitFrames;
     } else {
         ++totals_.incompleteFrames;

@@ -33,6 +33,7 @@ struct ClosedFrame {
         complete,
         incomplete, // packets are missing
         unfit,      // its packets did not fit the buffer: the camera sends larger frames than it said
+        cut,        // its beginning went by while the buffers were exchanged
         aborted,    // the stream was stopped in its midst
     };
     End end = End::complete;
@@ -71,6 +72,7 @@ public:
 
     // The stream's thread was stopped and begins anew: frames of the pause don't count as lost on the way.
     void restarted();
+    bool isRestarted() const { return paused_; } // and no frame was closed since
 
     const TallyTotals& totals() const { return totals_; }
 

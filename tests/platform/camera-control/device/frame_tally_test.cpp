@@ -178,9 +178,14 @@ TEST_F(Tally, UnfitAndAbortedFramesAreNoLossOnTheWay) {
     begin(tally);
     EXPECT_EQ(close(tally, End::aborted, 2, 5), 0U);
     tally.restarted();
+    EXPECT_TRUE(tally.isRestarted());
+    begin(tally);
+    receive(3);
+    EXPECT_EQ(close(tally, End::cut, 4, 6), 0U);
+    EXPECT_FALSE(tally.isRestarted());
     complete(tally, 5);
     EXPECT_EQ(tally.totals().lostPackets, 0U);
-    EXPECT_EQ(tally.totals().unfitFrames, 4U) << "the first, and those of the pause";
+    EXPECT_EQ(tally.totals().unfitFrames, 4U) << "the first, two of the pause, and the one that was cut";
     EXPECT_EQ(tally.totals().vanishedFrames, 0U);
 }
 
