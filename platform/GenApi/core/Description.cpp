@@ -99,6 +99,8 @@ private:
     void addChildren(const pugi::xml_node& element, std::size_t record);
     void add(const Property& property);
     void addFormulaAddress(const pugi::xml_node& element, std::size_t record);
+    /// All of the element's text, also when a comment or a CDATA section divides it.
+    std::string_view textOf(const pugi::xml_node& element);
 
     struct Inner { // a node inside of another, read after it
         pugi::xml_node element;
@@ -231,6 +233,20 @@ void DescriptionReader::addFormulaAddress(const pugi::xml_node& element, std::si
     m_inner.push_back({element, name, NodeKind::IntSwissKnife});
 }
 
+std::string_view DescriptionReader::textOf(const pugi::xml_node& element) {
+    const bool embedded = *element.value() != '\0';
+    std::size_t pieces = embedded ? 1 : 0;
+    for (const pugi::xml_node& piece : element.children())
+        pieces += piece.type() == pugi::node_pcdata || piece.type() == pugi::node_cdata ? 1 : 0;
+    if (pieces < 2)
+        return trimmed(element.child_value());
+    std::string joined = element.value();
+    for (const pugi::xml_node& piece : element.children())
+        if (piece.type() == pugi::node_pcdata || piece.type() == pugi::node_cdata)
+            joined.append(" ").append(piece.value());
+    return trimmed(m_texts.keep(std::move(joined)));
+}
+
 void DescriptionReader::addChildren(const pugi::xml_node& element, std::size_t record) {
     for (const pugi::xml_node& child : element.children()) {
         if (child.type() != pugi::node_element)
@@ -251,7 +267,7 @@ void DescriptionReader::addChildren(const pugi::xml_node& element, std::size_t r
             }
             continue;
         }
-        property.text = trimmed(child.child_value());
+        property.text = textOf(child);
         if (const pugi::xml_attribute first = child.first_attribute()) {
             const std::string_view name = first.name();
             if (name == "Name" || name == "Offset" || name == "Index" || name == "pOffset") {

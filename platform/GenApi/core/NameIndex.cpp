@@ -25,7 +25,8 @@ std::uint32_t NameIndex::hashOf(std::string_view name) {
         mix(word);
     }
     std::uint64_t rest = 0;
-    std::memcpy(&rest, text, left);
+    if (left != 0) // an empty name need not have an address
+        std::memcpy(&rest, text, left);
     mix(rest);
     return static_cast<std::uint32_t>(hash ^ (hash >> 29));
 }

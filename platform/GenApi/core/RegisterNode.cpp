@@ -16,6 +16,7 @@ namespace {
 constexpr std::int64_t maxLength = std::int64_t{64}
                                    << 20; // what a register may have at most; cameras have kilobytes
 constexpr std::int64_t maxCachedLength = 1 << 20;
+constexpr std::int64_t maxPollingTime = std::int64_t{1} << 40; // 34 years in milliseconds, as good as never
 
 } // namespace
 
@@ -94,7 +95,7 @@ void RegisterNode::linkIndex(Linker& linker, const Property& property) {
 
 void RegisterNode::linked(Linker& linker) {
     ValueNode::linked(linker);
-    m_pollingTime = pollingTime();
+    m_pollingTime = std::min(pollingTime(), maxPollingTime);
     if (m_port == nullptr)
         setFault("pPort is missing");
     if (!m_length.given)

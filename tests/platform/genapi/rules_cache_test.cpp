@@ -151,6 +151,13 @@ TEST(CacheRule, PolledNodesAreReadAgainWhenTheirTimeHasCome) {
     EXPECT_EQ(Reads(rule, readAll), 2U);
 }
 
+TEST(CacheRule, AnEndlessPollingTimeIsNever) {
+    RuleMap rule(Reg("X", 0, "<PollingTime>9223372036854775807</PollingTime>"));
+    rule.Int("X")->GetValue();
+    rule.map._Poll(1000000);
+    EXPECT_EQ(Reads(rule, [&] { rule.Int("X")->GetValue(); }), 0U);
+}
+
 TEST(CacheRule, AFailedReadKeepsNothingAndTheNextOneTriesAgain) {
     RuleMap rule(Reg("R", 0) + Node("Integer", "X", "<pValue>R</pValue>"));
     rule.Put(0, 5);

@@ -306,6 +306,16 @@ TEST(SchemaRule, VersionOnePointNoughtAndOnePointOneLoad) {
     }
 }
 
+TEST(SchemaRule, CommentsAndCharacterDataDoNotCutTextsShort) {
+    RuleMap rule(
+        Node("IntSwissKnife", "X", "<Formula>1 + <!-- one more --> 2 <![CDATA[<< 3]]> + 0</Formula>") +
+        Node("IntSwissKnife", "Y", "<Formula><![CDATA[(5 > 4) ? 7 : 8]]></Formula>") +
+        Node("IntSwissKnife", "Z", "<!-- first --><Formula><!-- inside -->9</Formula>"));
+    EXPECT_EQ(rule.Int("X")->GetValue(), 24);
+    EXPECT_EQ(rule.Int("Y")->GetValue(), 7);
+    EXPECT_EQ(rule.Int("Z")->GetValue(), 9);
+}
+
 TEST(SchemaRule, GroupsExtensionsAndUnknownElementsDoNotDisturb) {
     RuleMap rule(
         "<Group Comment=\"outer\"><Group Comment=\"inner\">" +
