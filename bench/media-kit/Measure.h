@@ -52,5 +52,6 @@ double LeastOf(const std::vector<Race::Result>& results, const std::string& name
 
 /* The parts of the program. rounds: how often everything is run; filter: what a row's name must contain. */
 void BenchConversions(int rounds, const std::string& filter);
+void BenchCodecs(int rounds, const std::string& filter);
 
 #endif

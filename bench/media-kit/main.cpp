@@ -12,5 +12,6 @@ int main(int argc, char** argv) {
         return 2;
     }
     BenchConversions(rounds, argc > 2 ? argv[2] : "");
+    BenchCodecs(rounds, argc > 2 ? argv[2] : "");
     return 0;
 }

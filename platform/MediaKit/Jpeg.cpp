@@ -67,15 +67,28 @@ struct JpegEncoder::State {
     std::uint8_t* output;
     std::size_t capacity;
     int quality;
+    bool spilling;
+    std::uint8_t spill[64];
     JSAMPROW rows[kBandRows];
 
     static void Begin(j_compress_ptr) {}
     static void End(j_compress_ptr) {}
 
+    /*
+     * Called when the last free byte has been written, which may also be the last byte of the file. So the
+     * encoder gets a few bytes of its own to go on: only when it uses them did the file not fit.
+     */
     static boolean Full(j_compress_ptr library) {
-        library->err->msg_code = 0;
-        reinterpret_cast<ErrorManager*>(library->err)->status = OV_STATUS_BUFFER_FULL;
-        GiveUp(reinterpret_cast<j_common_ptr>(library));
+        auto* const state = static_cast<State*>(library->client_data);
+        if (state->spilling) {
+            state->errors.base.msg_code = 0;
+            state->errors.status = OV_STATUS_BUFFER_FULL;
+            GiveUp(reinterpret_cast<j_common_ptr>(library));
+        }
+        state->spilling = true;
+        state->destination.next_output_byte = state->spill;
+        state->destination.free_in_buffer = sizeof(state->spill);
+        return TRUE;
     }
 
     /* Everything that may jump. False after a jump. */
@@ -99,6 +112,8 @@ struct JpegEncoder::State {
             jpeg_abort_compress(&library);
             return false;
         }
+        library.client_data = this;
+        spilling = false;
         destination.next_output_byte = output;
         destination.free_in_buffer = capacity;
         const bool grey = IsGrey(*picture);
@@ -155,6 +170,9 @@ std::uint32_t JpegEncoder::Encode(const Picture& picture, int quality, std::uint
                                   std::size_t capacity, std::size_t& length, LineBuffers& lines,
                                   AlignedBuffer& band) {
     length = 0;
+    if (capacity == 0) {
+        return OV_STATUS_BUFFER_FULL; // the library writes its first byte without a look
+    }
     lines.Prepare(picture.width);
     State& state = *state_;
     state.band = band.Reserve(static_cast<std::size_t>(picture.width) * 3 * kBandRows);
@@ -168,7 +186,10 @@ std::uint32_t JpegEncoder::Encode(const Picture& picture, int quality, std::uint
     if (!state.Run()) {
         return state.errors.status;
     }
-    length = capacity - state.destination.free_in_buffer;
+    if (state.spilling && state.destination.free_in_buffer < sizeof(state.spill)) {
+        return OV_STATUS_BUFFER_FULL;
+    }
+    length = state.spilling ? capacity : capacity - state.destination.free_in_buffer;
     return OV_STATUS_OK;
 }
 

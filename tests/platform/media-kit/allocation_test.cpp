@@ -162,4 +162,32 @@ TEST(Allocation, AFailureToGrowIsNotRemembered) {
     OV_MP_DestroyHandle(handle);
 }
 
+/* libjpeg-turbo's own pools come from malloc and aren't counted; everything of ours is. */
+TEST(Allocation, OnlyTheFirstFileOfASizeAllocates) {
+    void* const handle = OV_MP_CreateHandle();
+    std::vector<std::uint8_t> pixels(320 * 200, 77);
+    std::vector<std::uint8_t> output(320 * 200 * 4);
+    for (const std::uint32_t kind : {OV_IMAGE_BMP, OV_IMAGE_JPEG}) {
+        std::size_t before = 0;
+        for (int i = 0; i < 5; ++i) {
+            _OV_IMAGE_INFO_ record{};
+            record.sourceType = OV_PIXEL_BAYER_RG8;
+            record.source = pixels.data();
+            record.sourceLength = static_cast<std::uint32_t>(pixels.size());
+            record.width = 320;
+            record.height = 200;
+            record.imageType = kind;
+            record.output = output.data();
+            record.outputCapacity = static_cast<std::uint32_t>(output.size());
+            record.jpegQuality = 90;
+            ASSERT_EQ(OV_MP_SaveImage(handle, &record), OV_STATUS_OK);
+            if (i == 0) {
+                before = allocations;
+            }
+        }
+        EXPECT_EQ(allocations, before) << kind;
+    }
+    OV_MP_DestroyHandle(handle);
+}
+
 } // namespace
