@@ -246,8 +246,9 @@ int LiveRun::Finish(int exitCode) {
     session_.Stop();
     if (viewer_ && !options_.screenshotFile.empty() && exitCode != exitLost) {
         const std::string error = viewer_->Screenshot(options_.screenshotFile);
-        Say(error.empty() ? "wrote " + options_.screenshotFile : "");
-        if (!error.empty())
+        if (error.empty())
+            Say("wrote " + options_.screenshotFile);
+        else
             Complain(error);
         exitCode = error.empty() ? exitCode : exitFailed;
     }

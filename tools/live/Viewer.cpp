@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <thread>
 
 namespace live {
 
@@ -71,10 +72,23 @@ void Viewer::SetTitle(const std::string& camera, const Rates& rates, const Sampl
 }
 
 std::string Viewer::Screenshot(const std::string& path) {
+    if (drawn_ == 0)
+        return "no screenshot: no picture came";
+    // Drawing goes on behind VR_Display and nothing tells its end: what stays the same for a while is
+    // finished.
+    constexpr auto pause = std::chrono::milliseconds(100);
+    constexpr int tries = 20;
     std::vector<uint8_t> memory;
+    std::vector<uint8_t> before;
     Picture picture;
-    const std::string error = window_->ReadBack(memory, picture);
-    return error.empty() ? SavePicture(path, picture) : error;
+    for (int i = 0; i < tries && (memory.empty() || memory != before); ++i) {
+        std::this_thread::sleep_for(pause);
+        Look();
+        before = memory;
+        if (const std::string error = window_->ReadBack(memory, picture); !error.empty())
+            return error;
+    }
+    return SavePicture(path, picture);
 }
 
 } // namespace live

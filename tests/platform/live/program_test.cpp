@@ -105,11 +105,9 @@ protected:
             Rgb wanted = {patch.red, patch.green, patch.blue};
             const auto column = static_cast<uint32_t>(x);
             const auto row = static_cast<uint32_t>(y);
-            if (!colour) { // grey, whatever it is made of: the three channels agree
-                if (column >= shot.width || row >= shot.height)
-                    return testing::AssertionFailure() << "outside";
-                wanted.fill(shot.At(column, row)[0]);
-            }
+            if (!colour) // a grey camera sees the brightness alone (ITU-R BT.601)
+                wanted.fill(
+                    static_cast<uint8_t>(0.299 * patch.red + 0.587 * patch.green + 0.114 * patch.blue));
             if (!shot.Shows(column, row, wanted, tolerance))
                 return testing::AssertionFailure() << patch.name << " is not at " << column << ", " << row;
         }
@@ -297,13 +295,29 @@ class ProgramFormats : public Program, public testing::WithParamInterface<uint32
 TEST_P(ProgramFormats, ShowTheSamePicture) {
     StartCamera(Colour(GetParam()));
     const std::string path = out / "window.png";
-    const Finished finished = Run({"--seconds", "1.5", "--screenshot", path});
-    ASSERT_EQ(finished.exitCode, 0) << finished.output;
+    const bool colour = Colour(GetParam()).model == vcam::Model::Colour;
+    Start({"--screenshot", path});
+    ASSERT_TRUE(FindWindow());
+    const auto shows = [&](const Shot& shot) { return ShowsPatches(shot, 0, 0, 640, 480, 12, colour); };
+    ASSERT_TRUE(Eventually([&] { return bool(shows(desktop.Look(window))); }))
+        << shows(desktop.Look(window)).message();
+    desktop.Press(window, 'q');
+    ASSERT_EQ(live->waitForExit(), 0) << live->output();
     const Shot shot = live_test::ReadPicture(path);
     ASSERT_EQ(shot.width, 640U);
     ASSERT_EQ(shot.height, 480U);
-    const bool colour = Colour(GetParam()).model == vcam::Model::Colour;
-    EXPECT_TRUE(ShowsPatches(shot, 0, 0, 640, 480, 12, colour));
+    EXPECT_TRUE(shows(shot)) << live->output();
+}
+
+TEST_F(Program, AScreenshotWithoutAPictureIsAFailure) {
+    vcam::Config config = Colour();
+    config.faults.streamSilent = true;
+    StartCamera(config);
+    const std::string path = out / "window.png";
+    const Finished finished = Run({"--seconds", "1", "--screenshot", path});
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.output, HasSubstr("no screenshot: no picture came"));
+    EXPECT_FALSE(fs::exists(path));
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ProgramFormats,
