@@ -11,10 +11,6 @@
 #include <cstring>
 #include <unistd.h>
 
-// A media library that cannot encode still leaves the other kinds of files: that is said, not a refusal to
-// start.
-#pragma weak OV_MP_SaveImage
-
 namespace live {
 namespace {
 
@@ -83,8 +79,6 @@ std::string SaveEncoded(const std::string& path, Frame& frame, PictureMaker& mak
                " is not known to the media library: use .raw";
     if (maker.Media() == nullptr)
         return Describe({"OV_MP_CreateHandle", OV_STATUS_OK});
-    if (OV_MP_SaveImage == nullptr)
-        return Describe({"OV_MP_SaveImage", OV_STATUS_NOT_SUPPORTED});
     const size_t length = format->FrameBytes(frame.info.width, frame.info.height);
     if (format->packing == PixelFormat::Packing::Jpeg)
         return "the camera sends JPEG: use .raw, which is then a JPEG file";

@@ -5,9 +5,6 @@
 #include <algorithm>
 #include <cstring>
 
-// A media library that cannot decode still shows every other format: that is said, not a refusal to start.
-#pragma weak OV_MP_Decode
-
 namespace live {
 
 MediaHandle::MediaHandle() : handle_(OV_MP_CreateHandle()) {}
@@ -59,8 +56,6 @@ Failure PictureMaker::Convert(const Frame& frame, const PixelFormat& format, Pic
 Failure PictureMaker::Decode(const Frame& frame, Picture& picture) {
     if (media_.Get() == nullptr)
         return {"OV_MP_CreateHandle", OV_STATUS_OK};
-    if (OV_MP_Decode == nullptr)
-        return {"OV_MP_Decode", OV_STATUS_NOT_SUPPORTED};
     converted_.resize(picture.Bytes());
     _OV_DECODE_INFO_ record{};
     record.source = frame.pixels.Data();
