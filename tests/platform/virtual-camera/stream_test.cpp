@@ -7,6 +7,7 @@
 #include "support/LoopbackAddress.h"
 
 #include <atomic>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <stdexcept>
 
@@ -137,6 +138,53 @@ TEST(VirtualCameraWithAravis, FeaturesReadAndWrite) {
     EXPECT_EQ(c.GetInt("GevTimestampTickFrequency"), 1000000000);
     c.SetInt("VcamLossPerMille", 3);
     EXPECT_EQ(rig.camera.GetFaults().lossPerMille, 3u);
+}
+
+TEST(VirtualCameraWithAravis, AutomaticExposureFindsTheScene) {
+    Rig rig(SmallCamera(0));
+    ArvClient& c = *rig.client;
+    const auto greyOf = [&](const ArvFrame& frame) {
+        const vcam::Patch grey = rig.camera.Patches().back();
+        return frame.pixels.at((grey.y + grey.height / 2) * kWidth + grey.x + grey.width / 2);
+    };
+    c.SetFloat("ExposureTime", 500);
+    c.StartStream();
+    const ArvFrame dark = c.Next();
+    ASSERT_EQ(dark.status, ARV_BUFFER_STATUS_SUCCESS);
+    EXPECT_NEAR(greyOf(dark), 12, 1);
+    c.SetText("ExposureAuto", "Once");
+    EXPECT_TRUE(Eventually([&c] {
+        c.Next();
+        return c.GetText("ExposureAuto") == "Off";
+    }));
+    EXPECT_EQ(c.GetFloat("ExposureTime"), 4000.0);
+    ArvFrame right;
+    for (int i = 0; i < 12; ++i) // those that waited in the client's buffers first
+        right = c.Next();
+    ASSERT_EQ(right.status, ARV_BUFFER_STATUS_SUCCESS);
+    EXPECT_NEAR(greyOf(right), 100, 1);
+
+    c.SetText("ExposureAuto", "Continuous");
+    EXPECT_EQ(c.TryWriteRegister(0x10228, 0), ARV_DEVICE_ERROR_PROTOCOL_ERROR_WRITE_PROTECT)
+        << "ExposureTime";
+    c.SetFloat("Gain", 6.0206);
+    EXPECT_TRUE(Eventually([&c] {
+        c.Next();
+        return std::abs(c.GetFloat("ExposureTime") - 2000) < 1;
+    }));
+    EXPECT_EQ(c.GetText("ExposureAuto"), "Continuous");
+}
+
+TEST(VirtualCameraWithAravis, AutomaticGainMakesUpForAShortExposure) {
+    Rig rig(SmallCamera(0));
+    ArvClient& c = *rig.client;
+    c.SetFloat("ExposureTime", 1000);
+    c.SetText("GainAuto", "Continuous");
+    c.StartStream();
+    EXPECT_TRUE(Eventually([&c] {
+        c.Next();
+        return std::abs(c.GetFloat("Gain") - 12.0412) < 0.001;
+    }));
 }
 
 // The frames that an Aravis client failed to complete are those that the camera's books say.

@@ -2,13 +2,23 @@
 #include "Device/DeviceModel.h"
 #include "Device/FeatureRegisters.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace vcam {
 
 using namespace feature;
 
 namespace {
-const std::vector<EnumValue> kAuto = {{"Off", 0}, {"Once", 1}, {"Continuous", 2}};
-}
+constexpr uint32_t kAutoOff = 0;
+constexpr uint32_t kAutoOnce = 1;
+constexpr uint32_t kAutoContinuous = 2;
+const std::vector<EnumValue> kAuto = {
+    {"Off", kAutoOff}, {"Once", kAutoOnce}, {"Continuous", kAutoContinuous}};
+constexpr double kLeastExposure = 10; // microseconds
+constexpr double kMostExposure = 10000000;
+constexpr double kMostGain = 24; // decibels
+} // namespace
 
 void DeviceModel::DefineAcquisition(FeatureBuilder& build) {
     build.Category("AcquisitionControl");
@@ -67,18 +77,27 @@ void DeviceModel::DefineAcquisition(FeatureBuilder& build) {
         .Volatile();
 }
 
+// While the camera chooses the value itself, nobody else does.
+Check DeviceModel::WhileManual(uint32_t automatic, Check further) const {
+    return [this, automatic, further = std::move(further)](const Bytes& proposed) {
+        return m_memory.Get32(automatic) != 0 ? Status::WriteProtect : further(proposed);
+    };
+}
+
 void DeviceModel::DefineExposure(FeatureBuilder& build) {
+    RegisterHooks changes;
+    changes.written = Changed();
     RegisterHooks exposure;
-    exposure.check = InRangeF(10, 10000000);
+    exposure.check = WhileManual(kExposureAuto, InRangeF(kLeastExposure, kMostExposure));
     exposure.written = Changed();
     build.Float("ExposureTime", kExposureTime, kNominalExposure, Access::ReadWrite, exposure)
         .Tip("How long a frame is exposed.")
         .Unit("us")
-        .RangeF(10, 10000000)
+        .Face("pIsLocked", "ExposureTimeAutomatic")
+        .RangeF(kLeastExposure, kMostExposure)
         .Volatile();
-    RegisterHooks changes;
-    changes.written = Changed();
-    build.Enumeration("ExposureAuto", kExposureAuto, 0, Access::ReadWrite, kAuto, changes)
+    build.Formula("ExposureTimeAutomatic", {{"AUTO", "ExposureAuto_Val"}}, "AUTO != 0");
+    build.Enumeration("ExposureAuto", kExposureAuto, kAutoOff, Access::ReadWrite, kAuto, changes)
         .Tip("Lets the camera choose the exposure time.")
         .Volatile(500);
     build.Enumeration("ExposureMode", kExposureMode, 0, Access::ReadWrite, {{"Timed", 0}})
@@ -86,16 +105,56 @@ void DeviceModel::DefineExposure(FeatureBuilder& build) {
 
     build.Category("AnalogControl");
     RegisterHooks gain;
-    gain.check = InRangeF(0, 24);
+    gain.check = WhileManual(kGainAuto, InRangeF(0, kMostGain));
     gain.written = Changed();
     build.Float("Gain", kGain, 0, Access::ReadWrite, gain)
         .Tip("Amplification, noise included.")
         .Unit("dB")
-        .RangeF(0, 24)
+        .Face("pIsLocked", "GainAutomatic")
+        .RangeF(0, kMostGain)
         .Volatile();
-    build.Enumeration("GainAuto", kGainAuto, 0, Access::ReadWrite, kAuto, changes)
+    build.Formula("GainAutomatic", {{"AUTO", "GainAuto_Val"}}, "AUTO != 0");
+    build.Enumeration("GainAuto", kGainAuto, kAutoOff, Access::ReadWrite, kAuto, changes)
         .Tip("Lets the camera choose the gain.")
         .Volatile(500);
+}
+
+// A third of the way to the target with each frame, the rest at once when it is near.
+double DeviceModel::StepTowards(double now, double target) {
+    const double next = now + (target - now) / 3;
+    return std::abs(target - next) <= 0.01 * std::abs(target) + 0.01 ? target : next;
+}
+
+bool DeviceModel::StepAutomatics() {
+    const bool exposing = m_memory.Get32(kExposureAuto) != kAutoOff;
+    const bool amplifying = m_memory.Get32(kGainAuto) != kAutoOff;
+    if (!exposing && !amplifying)
+        return false;
+    const double exposure = m_memory.GetDouble(kExposureTime);
+    const double gain = m_memory.GetDouble(kGain);
+    double nextExposure = exposure;
+    double nextGain = gain;
+    // The scene is right at the nominal exposure without gain. The exposure goes first: it brings no noise.
+    if (exposing) {
+        const double fixedGain = amplifying ? 0 : gain;
+        const double longest = m_memory.Get32(kAcquisitionFrameRateEnable) != 0
+                                   ? std::min(kMostExposure, 1e6 / m_memory.GetDouble(kAcquisitionFrameRate))
+                                   : kMostExposure;
+        const double target = kNominalExposure / std::pow(10.0, fixedGain / 20);
+        nextExposure = StepTowards(exposure, std::clamp(target, kLeastExposure, longest));
+    }
+    if (amplifying) {
+        const double target = 20 * std::log10(kNominalExposure / nextExposure);
+        nextGain = StepTowards(gain, std::clamp(target, 0.0, kMostGain));
+    }
+    m_memory.SetDouble(kExposureTime, nextExposure);
+    m_memory.SetDouble(kGain, nextGain);
+    const bool changed = nextExposure != exposure || nextGain != gain;
+    for (const uint32_t automatic : {kExposureAuto, kGainAuto}) {
+        if (!changed && m_memory.Get32(automatic) == kAutoOnce)
+            m_memory.Set32(automatic, kAutoOff);
+    }
+    return changed;
 }
 
 void DeviceModel::DefineTrigger(FeatureBuilder& build) {

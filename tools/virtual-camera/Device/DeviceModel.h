@@ -78,6 +78,8 @@ public:
     const SceneGeometry& Geometry() const { return m_geometry; }
     // A rising edge from the given source.
     void Trigger(TriggerSource source);
+    // One frame's work of automatic exposure and gain; true when it changed anything.
+    bool StepAutomatics();
     // Back to the state after the control of the camera is gone: stream closed, parameters unlocked.
     void ReleaseChannels();
     void ApplyXmlFault();
@@ -101,6 +103,8 @@ private:
 
     // Refuses while frames are acquired.
     Check WhileIdle(Check further = {}) const;
+    Check WhileManual(uint32_t automatic, Check further) const;
+    static double StepTowards(double now, double target);
     std::function<void()> Changed();
     void SetTimestampLatch();
     double LeastPeriodUs() const;

@@ -233,7 +233,9 @@ void StreamSender::TakeFrame(std::unique_lock<std::mutex>& lock) {
     m_inFrame = true;
     lock.unlock();
     SendFrame(PrepareSlot(m_settings, faults), m_settings);
+    const bool adjusted = m_model.StepAutomatics();
     lock.lock();
+    m_settingsChanged = m_settingsChanged || adjusted;
     m_inFrame = false;
     EndFrame();
     m_frameEnded.notify_all();
