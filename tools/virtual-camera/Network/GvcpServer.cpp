@@ -12,7 +12,7 @@
 namespace vcam {
 
 GvcpServer::GvcpServer(DeviceModel& model, StreamSender& stream, FaultPanel& faults, CounterBoard& counters)
-    : m_model(model), m_stream(stream), m_faults(faults), m_counters(counters) {}
+    : m_model(model), m_stream(stream), m_responder(model, faults, counters, *this) {}
 
 GvcpServer::~GvcpServer() {
     Stop();
@@ -62,6 +62,7 @@ void GvcpServer::Open(const Site& site) {
     if (control)
         m_control = std::move(control);
     m_broadcasts = std::move(broadcasts);
+    m_moved = true;
     m_site = site;
     m_address = site.address;
     m_model.SetNetwork(site.address, site.mask, site.gateway);
@@ -77,174 +78,102 @@ void GvcpServer::Run() {
             return;
         if (watched[0].revents != 0)
             return;
-        CheckHeartbeat();
-        RunDelayed();
-        for (size_t i = 1; i < watched.size(); ++i) {
+        m_responder.Work(Clock::now());
+        m_moved = false; // a FORCEIP replaces the sockets
+        for (size_t i = 1; i < watched.size() && !m_moved; ++i) {
             if (watched[i].revents != 0)
                 Receive(watched[i].fd);
         }
+        m_controlled = m_responder.IsControlled();
     }
 }
 
 int GvcpServer::TimeoutMs() const {
-    std::optional<Clock::time_point> first;
-    const auto consider = [&first](Clock::time_point at) { first = first ? std::min(*first, at) : at; };
-    const auto& memory = m_model.Memory();
-    const bool heartbeat =
-        (memory.Get32(bootstrap::kGvcpConfiguration) & bootstrap::kHeartbeatDisableBit) == 0;
-    const auto deadline =
-        m_channel.Deadline(std::chrono::milliseconds(memory.Get32(bootstrap::kHeartbeatTimeout)));
-    if (heartbeat && deadline)
-        consider(*deadline);
-    for (const Delayed& delayed : m_delayed)
-        consider(delayed.due);
-    if (!first)
+    const std::optional<Clock::time_point> deadline = m_responder.NextDeadline();
+    if (!deadline)
         return -1;
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(*first - Clock::now()).count();
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(*deadline - Clock::now()).count();
     return static_cast<int>(std::clamp<int64_t>(left + 1, 0, 3600000));
 }
 
-void GvcpServer::CheckHeartbeat() {
-    const auto& memory = m_model.Memory();
-    if ((memory.Get32(bootstrap::kGvcpConfiguration) & bootstrap::kHeartbeatDisableBit) != 0)
-        return;
-    const auto deadline =
-        m_channel.Deadline(std::chrono::milliseconds(memory.Get32(bootstrap::kHeartbeatTimeout)));
-    if (!deadline || Clock::now() < *deadline)
-        return;
-    m_channel.Release();
-    ShowOwner();
-    m_model.ReleaseChannels();
-    m_counters.Add(&Counters::heartbeatsExpired);
-}
-
-// One datagram; poll calls again while there are more. A FORCEIP may replace the sockets in here.
+// One datagram; poll calls again while there are more.
 void GvcpServer::Receive(int socket) {
-    Datagram datagram;
-    datagram.bytes.resize(2048);
+    Bytes bytes(2048);
     sockaddr_in from{};
     socklen_t length = sizeof from;
-    const ssize_t got = recvfrom(socket, datagram.bytes.data(), datagram.bytes.size(), 0,
-                                 reinterpret_cast<sockaddr*>(&from), &length);
+    const ssize_t got =
+        recvfrom(socket, bytes.data(), bytes.size(), 0, reinterpret_cast<sockaddr*>(&from), &length);
     if (got < 0)
         return;
-    datagram.bytes.resize(static_cast<size_t>(got));
-    datagram.from = FromSockaddr(from);
-    if (m_faults.Silent()) {
-        m_counters.Add(&Counters::ignoredWhileSilent);
-        return;
-    }
-    Handle(datagram);
+    bytes.resize(static_cast<size_t>(got));
+    m_responder.Receive(std::move(bytes), FromSockaddr(from), Clock::now());
 }
 
-void GvcpServer::Handle(const Datagram& datagram) {
-    GvcpCommand command;
-    if (!ParseCommand(datagram.bytes.data(), datagram.bytes.size(), command)) {
-        m_counters.Add(&Counters::badCommands);
-        return;
-    }
-    m_counters.Add(&Counters::commands);
-    m_channel.Heard(datagram.from, Clock::now());
-    if (!Postpone(datagram, command))
-        Execute(datagram);
-}
-
-// True when the answer is to come later, or is on its way already.
-bool GvcpServer::Postpone(const Datagram& datagram, const GvcpCommand& command) {
-    const Faults faults = m_faults.Get();
-    const bool access = command.code == CommandCode::ReadRegister ||
-                        command.code == CommandCode::WriteRegister ||
-                        command.code == CommandCode::ReadMemory || command.code == CommandCode::WriteMemory;
-    if (!access)
-        return false;
-    const auto pending = [&] {
-        if (!faults.announcePending)
-            return;
-        const auto ms = static_cast<uint16_t>(std::min(faults.answerDelayMs + 50, 0xFFFFu));
-        m_counters.Add(&Counters::pendingAnswers);
-        AnswerNearby(datagram.from, EncodePending(command.requestId, ms), false);
-    };
-    for (const Delayed& delayed : m_delayed) {
-        if (delayed.datagram.from == datagram.from && delayed.datagram.bytes == datagram.bytes) {
-            pending();
-            return true;
-        }
-    }
-    if (faults.answerDelayMs == 0)
-        return false;
-    m_delayed.push_back({Clock::now() + std::chrono::milliseconds(faults.answerDelayMs), datagram});
-    pending();
-    return true;
-}
-
-void GvcpServer::RunDelayed() {
-    const Clock::time_point now = Clock::now();
-    while (!m_delayed.empty() && m_delayed.front().due <= now) {
-        const Datagram datagram = std::move(m_delayed.front().datagram);
-        m_delayed.erase(m_delayed.begin());
-        if (!m_faults.Silent())
-            Execute(datagram);
-    }
-}
-
-void GvcpServer::Execute(const Datagram& datagram) {
-    GvcpCommand command;
-    if (!ParseCommand(datagram.bytes.data(), datagram.bytes.size(), command))
-        return;
-    const Peer& from = datagram.from;
-    switch (command.code) {
-    case CommandCode::Discovery:
-        return Discover(command, from);
-    case CommandCode::ForceIp:
-        return ForceIp(command, from);
-    case CommandCode::ReadRegister:
-        return ReadRegisters(command, from);
-    case CommandCode::ReadMemory:
-        return ReadMemory(command, from);
-    case CommandCode::WriteRegister:
-    case CommandCode::WriteMemory:
-        if (m_lastWrite.from == from && m_lastWrite.bytes == datagram.bytes)
-            return AnswerNearby(from, m_lastWriteAnswer, false);
-        m_lastWriteAnswer.clear();
-        m_lastWrite = datagram;
-        if (command.code == CommandCode::WriteRegister)
-            return WriteRegisters(command, from);
-        return WriteMemory(command, from);
-    case CommandCode::PacketResend:
-        if (const auto request = ParsePacketResend(command))
-            m_stream.RequestResend(*request);
-        return;
-    default:
-        return Answer(command, from,
-                      EncodeAnswer(Status::NotImplemented,
-                                   static_cast<uint16_t>(static_cast<uint16_t>(command.code) + 1),
-                                   command.requestId, {}));
-    }
-}
-
-void GvcpServer::Answer(const GvcpCommand& command, const Peer& to, Bytes answer) {
-    const bool write = command.code == CommandCode::WriteRegister || command.code == CommandCode::WriteMemory;
-    if (write)
-        m_lastWriteAnswer = answer;
-    if (command.WantsAnswer())
-        AnswerNearby(to, answer, false);
-}
-
-// A requester of a foreign subnet is on the same wire: the socket is bound to the interface, which makes the
-// kernel look for it there even without a route. With leave to broadcast the answer goes both ways.
-void GvcpServer::AnswerNearby(const Peer& to, const Bytes& answer, bool broadcastAllowed) {
-    const auto send = [&](const Peer& peer) {
-        const sockaddr_in address = ToSockaddr(peer);
-        return sendto(m_control.Get(), answer.data(), answer.size(), 0,
-                      reinterpret_cast<const sockaddr*>(&address), sizeof address) >= 0;
-    };
+// A peer of a foreign subnet is on the same wire: the socket is bound to the interface, which makes the
+// kernel look for it there even without a route. Where the peer allows a broadcast, that is the surer way.
+void GvcpServer::Send(const Peer& to, const Bytes& answer, bool broadcastAllowed) {
     if (answer.empty())
         return;
+    m_controlled = m_responder.IsControlled(); // before whoever asked can know it
     const bool foreign = (to.address & m_site.mask) != (m_site.address & m_site.mask);
-    if (broadcastAllowed && foreign && !m_site.loopback)
-        send({INADDR_BROADCAST, to.port});
-    else
-        send(to);
+    const bool broadcast = broadcastAllowed && foreign && !m_site.loopback;
+    const sockaddr_in address = ToSockaddr({broadcast ? INADDR_BROADCAST : to.address, to.port});
+    sendto(m_control.Get(), answer.data(), answer.size(), 0, reinterpret_cast<const sockaddr*>(&address),
+           sizeof address);
+}
+
+void GvcpServer::RequestResend(const ResendRequest& request) {
+    m_stream.RequestResend(request);
+}
+
+Status GvcpServer::Move(uint32_t address, uint32_t mask, uint32_t gateway) {
+    Site site = m_site;
+    site.address = address;
+    site.mask = mask;
+    site.gateway = gateway;
+    const uint32_t host = address & ~mask;
+    const bool sensible = mask != 0 && (~mask & (~mask + 1)) == 0 && host != 0 && host != ~mask;
+    const bool loopbackAddress = (address >> 24) == 127;
+    if (!sensible || loopbackAddress != m_site.loopback)
+        return Status::InvalidParameter;
+    const Site old = m_site;
+    try {
+        Settle(site);
+        Open(site);
+        m_stream.Rebind(address);
+        return Status::Success;
+    } catch (const std::system_error&) {
+        Return(site, old);
+        return Status::Error;
+    }
+}
+
+// After a move that failed half way.
+void GvcpServer::Return(const Site& from, const Site& to) {
+    m_site = to;
+    if (to.loopback)
+        return;
+    try {
+        if (from.added && from.address != to.address)
+            RemoveHostAddress(from.interface, from.address, from.mask);
+        AddHostAddress(to.interface, to.address, to.mask);
+    } catch (const std::system_error&) { // the interface is gone; nobody will ask at this address
+    }
+}
+
+// Puts the new address on the interface and takes the old one off.
+void GvcpServer::Settle(Site& site) {
+    if (site.loopback || (site.address == m_site.address && site.mask == m_site.mask))
+        return;
+    site.added = false;
+    if (site.address != m_site.address && FindHostAddress(site.address))
+        throw std::system_error(EADDRINUSE, std::generic_category(),
+                                "the host itself has " + Dotted(site.address));
+    if (!m_site.added)
+        m_displaced = m_site;
+    RemoveHostAddress(m_site.interface, m_site.address, m_site.mask);
+    AddHostAddress(site.interface, site.address, site.mask);
+    site.added = true;
 }
 
 } // namespace vcam
