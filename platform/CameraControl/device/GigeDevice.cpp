@@ -135,6 +135,9 @@ std::uint32_t GigeDevice::takeExclusiveControl() {
         log()(LogLevel::info, "no exclusive access (0x%08x), only control", status);
     }
     status = readRegister(gvcp::kControlChannelPrivilege, privilege_);
+    if (status == OV_STATUS_OK) {
+        status = readRegister(gvcp::kHeartbeatTimeout, heartbeat_);
+    }
     if (status != OV_STATUS_OK) {
         return status == OV_STATUS_NETWORK ? OV_STATUS_BUSY : status;
     }
@@ -243,14 +246,23 @@ std::int32_t GigeDevice::optimalPacketSize() {
 
 TransportDevice::Control GigeDevice::askControl() {
     std::uint32_t privilege = 0;
-    const std::uint32_t status = readRegister(gvcp::kControlChannelPrivilege, privilege);
+    std::uint32_t status = readRegister(gvcp::kControlChannelPrivilege, privilege);
     if (status == OV_STATUS_ACCESS_DENIED) {
         return Control::lost;
     }
     if (status != OV_STATUS_OK) {
         return Control::unknown;
     }
-    return privilege == privilege_ ? Control::held : Control::lost;
+    if (privilege != privilege_) {
+        return Control::lost;
+    }
+    // Another host may hold the camera in the same way as we did, which reads the same. Only who controls it
+    // may write, so one register is written as it is.
+    status = writeRegister(gvcp::kHeartbeatTimeout, heartbeat_);
+    if (status == OV_STATUS_ACCESS_DENIED) {
+        return Control::lost;
+    }
+    return isAnswer(status) ? Control::held : Control::unknown;
 }
 
 void GigeDevice::prepareStream(const StreamSettings& settings) {

@@ -46,6 +46,7 @@ private:
     bool registerAccess_ = false;
     bool bigEndian_ = true;
     std::uint32_t privilege_ = 0; // what the control channel privilege register holds while it is ours
+    std::uint32_t heartbeat_ = 0; // the camera's heartbeat time-out, ms
 };
 
 } // namespace kolt::cc

@@ -191,11 +191,16 @@ void Session::followSize(bool urgent) {
 }
 
 void Session::askControl() {
-    if (controlAsked_.exchange(true)) {
+    // Not before the last look is four times as long ago as it took: a camera that answers slowly has other
+    // things to answer, too.
+    if (Clock::now().time_since_epoch().count() < nextControl_ || controlAsked_.exchange(true)) {
         return;
     }
     io_->post([this] {
+        const Clock::time_point begun = Clock::now();
         const TransportDevice::Control control = ioDevice_->askControl();
+        const Clock::time_point ended = Clock::now();
+        nextControl_ = (ended + 4 * (ended - begun)).time_since_epoch().count();
         controlAsked_ = false;
         if (control == TransportDevice::Control::held) {
             heard();

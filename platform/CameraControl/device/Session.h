@@ -117,6 +117,7 @@ private:
     std::atomic<bool> released_{false}; // the device is given back
     std::atomic<bool> watched_{false};  // the monitor's thread has ended
     std::atomic<bool> controlAsked_{false};
+    std::atomic<Clock::rep> nextControl_{0};
     std::atomic<bool> sizeAsked_{false};
     std::atomic<Clock::rep> sizeLookedAt_{0};
 };

@@ -1,0 +1,384 @@
+// Cameras that die or are taken away while they are open: in each state, with each kind of waiting caller.
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Base/GCException.h"
+#include "StreamRig.h"
+
+namespace kolt::test {
+namespace {
+
+// Promised are 2 s for the message and 0.3 s for the closing; a busy machine gets some more.
+constexpr double kMessageMs = 3000;
+constexpr double kCloseMs = 1500;
+
+class Lost : public StreamRig {
+protected:
+    Lost() {
+        EXPECT_EQ(OV_CC_RegisterExceptionCallBack(*handle_, Messages::callback, &messages_), OV_STATUS_OK);
+    }
+    void die() {
+        setFaults([](vcam::Faults& faults) { faults.silent = true; });
+        died_ = Clock::now();
+    }
+    void expectOneMessageInTime() {
+        ASSERT_TRUE(messages_.waitFor(1));
+        const double took = std::chrono::duration<double, std::milli>(messages_.firstAt() - died_).count();
+        std::printf("           message after %.0f ms\n", took);
+        EXPECT_LT(took, kMessageMs);
+        EXPECT_EQ(messages_.all(), std::vector<std::uint32_t>{OV_EXCEPTION_DISCONNECT});
+        EXPECT_NE(messages_.thread(), std::this_thread::get_id());
+    }
+    void expectQuickClose() {
+        const auto begun = Clock::now();
+        EXPECT_EQ(OV_CC_CloseDevice(*handle_), OV_STATUS_OK);
+        const double took = millisecondsSince(begun);
+        std::printf("           closed in %.0f ms\n", took);
+        EXPECT_LT(took, kCloseMs);
+    }
+    static GenICam_3_0::gcstring readFailure(GenApi_3_0::IPort& port) {
+        std::array<std::uint8_t, 4> bytes{};
+        try {
+            port.Read(bytes.data(), 0x48, 4);
+        } catch (const GenICam_3_0::AccessException& exception) {
+            return exception.GetDescription();
+        }
+        return "";
+    }
+
+    Messages messages_;
+    Clock::time_point died_;
+};
+
+TEST_F(Lost, IdleCamera) {
+    die();
+    expectOneMessageInTime();
+    // Whatever is asked of it now is answered at once.
+    const auto begun = Clock::now();
+    EXPECT_EQ(OV_CC_StartGrabbing(*handle_), OV_STATUS_PRECONDITION);
+    EXPECT_EQ(OV_CC_StopGrabbing(*handle_), OV_STATUS_CALL_ORDER);
+    EXPECT_NE(readFailure(handle_->port()), "");
+    EXPECT_EQ(handle_->port().GetAccessMode(), GenApi_3_0::NA);
+    EXPECT_LE(OV_CC_GetOptimalPacketSize(*handle_), 0);
+    EXPECT_EQ(handle_->open(), OV_STATUS_CALL_ORDER) << "it must be closed first";
+    std::uint32_t length = 0;
+    EXPECT_EQ(OV_XML_GetGenICamXML(*handle_, nullptr, 0, &length), OV_STATUS_BUFFER_FULL) << "still at hand";
+    EXPECT_LT(millisecondsSince(begun), kCloseMs);
+    expectQuickClose();
+    EXPECT_EQ(handle_->open(), OV_STATUS_NETWORK);
+}
+
+TEST_F(Lost, WhileAFrameIsWaitedFor) {
+    start();
+    ASSERT_EQ(fetch(*handle_).status, OV_STATUS_OK);
+    std::atomic<bool> waiting{false};
+    std::uint32_t status = 0;
+    Clock::time_point ended;
+    std::thread grabber([&] {
+        waiting = true;
+        do {
+            status = fetch(*handle_, 60000).status;
+        } while (status == OV_STATUS_OK); // those that had come are still brought
+        ended = Clock::now();
+    });
+    ASSERT_TRUE(eventually([&] { return waiting.load(); }));
+    die();
+    grabber.join();
+    EXPECT_EQ(status, OV_STATUS_PRECONDITION);
+    EXPECT_LT(std::chrono::duration<double>(ended - died_).count() * 1000, kMessageMs);
+    expectOneMessageInTime();
+    EXPECT_EQ(OV_CC_StopGrabbing(*handle_), OV_STATUS_OK);
+    expectQuickClose();
+}
+
+TEST_F(Lost, WhileARegisterIsRead) {
+    std::atomic<bool> reading{false};
+    std::array<std::thread, 3> readers; // one in the access, two behind it
+    for (std::thread& reader : readers) {
+        reader = std::thread([&] {
+            reading = true;
+            for (;;) {
+                const GenICam_3_0::gcstring failure = readFailure(handle_->port());
+                if (failure != "") {
+                    return;
+                }
+            }
+        });
+    }
+    ASSERT_TRUE(eventually([&] { return reading.load(); }));
+    die();
+    for (std::thread& reader : readers) {
+        reader.join();
+    }
+    EXPECT_LT(millisecondsSince(died_), kMessageMs) << "Aravis itself would hold each for 2.5 s";
+    expectOneMessageInTime();
+    expectQuickClose();
+}
+
+TEST_F(Lost, BeforeTheStartIsAnswered) {
+    die();
+    EXPECT_EQ(OV_CC_StartGrabbing(*handle_), OV_STATUS_PRECONDITION);
+    EXPECT_LT(millisecondsSince(died_), kMessageMs);
+    expectOneMessageInTime();
+    expectQuickClose();
+}
+
+TEST_F(Lost, BeforeTheStopIsAnswered) {
+    start();
+    ASSERT_EQ(fetch(*handle_).status, OV_STATUS_OK);
+    die();
+    EXPECT_EQ(OV_CC_StopGrabbing(*handle_), OV_STATUS_OK)
+        << "nothing is received any more, and that was asked for";
+    EXPECT_LT(millisecondsSince(died_), kMessageMs);
+    expectOneMessageInTime();
+    expectQuickClose();
+}
+
+TEST_F(Lost, WhileThePacketSizeIsLookedFor) {
+    std::atomic<bool> asking{false};
+    std::int32_t size = 0;
+    std::thread asker([&] {
+        asking = true;
+        do {
+            size = OV_CC_GetOptimalPacketSize(*handle_);
+        } while (size > 0);
+    });
+    ASSERT_TRUE(eventually([&] { return asking.load(); }));
+    die();
+    asker.join();
+    EXPECT_LT(millisecondsSince(died_), kMessageMs);
+    expectOneMessageInTime();
+    expectQuickClose();
+}
+
+// Nobody knows yet that it is dead; and nobody is told, as it is closed.
+TEST_F(Lost, ClosedRightAfterItsDeath) {
+    for (const bool grabbing : {false, true}) {
+        if (grabbing) {
+            ASSERT_EQ(handle_->open(), OV_STATUS_OK);
+            start();
+        }
+        die();
+        expectQuickClose();
+        EXPECT_FALSE(messages_.waitFor(1, milliseconds(1000)));
+        camera_.Stop();
+        camera_.Start();
+    }
+}
+
+TEST_F(Lost, WhatIsLeftOfItGoesInTheBackground) {
+    ASSERT_EQ(OV_CC_CloseDevice(*handle_), OV_STATUS_OK);
+    ASSERT_EQ(OVX_CC_WaitIdle(20000), OV_STATUS_OK);
+    const std::size_t threads = threadCount();
+    const std::size_t descriptors = descriptorCount();
+    ASSERT_EQ(handle_->open(), OV_STATUS_OK);
+    start();
+    die();
+    expectQuickClose();
+    EXPECT_GT(threadCount(), threads) << "Aravis still waits for answers";
+    EXPECT_EQ(OVX_CC_WaitIdle(0), OV_STATUS_NO_DATA);
+    EXPECT_EQ(OVX_CC_WaitIdle(60000), OV_STATUS_OK);
+    EXPECT_TRUE(eventually([&] { return threadCount() == threads; }));
+    EXPECT_EQ(descriptorCount(), descriptors);
+}
+
+TEST_F(Lost, DestroyedRightAfterItsDeath) {
+    start();
+    die();
+    const auto begun = Clock::now();
+    handle_.reset();
+    EXPECT_LT(millisecondsSince(begun), kCloseMs);
+    EXPECT_EQ(messages_.all().size(), 0U);
+}
+
+TEST_F(Lost, ControlIsTakenAwayByARestartOfTheCamera) {
+    camera_.Stop();
+    camera_.Start(); // at once: it answers every probe, but knows of no one who controls it
+    died_ = Clock::now();
+    expectOneMessageInTime();
+    expectQuickClose();
+    EXPECT_EQ(handle_->open(), OV_STATUS_OK);
+}
+
+TEST_F(Lost, ControlIsTakenAwayAndHeldByAnother) {
+    start();
+    camera_.Stop();
+    camera_.Start();
+    died_ = Clock::now();
+    const Handle other(recordOf(camera_.Address()));
+    ASSERT_EQ(other.open(), OV_STATUS_OK);
+    expectOneMessageInTime();
+    EXPECT_TRUE(camera_.IsControlled());
+    expectQuickClose();
+    EXPECT_TRUE(camera_.IsControlled()) << "the other's control is not touched";
+    EXPECT_EQ(handle_->open(), OV_STATUS_ACCESS_DENIED);
+}
+
+TEST_F(Lost, TheCallbackMayClose) {
+    std::uint32_t status = ~0U;
+    double took = 0;
+    messages_.inside = [&] {
+        const auto begun = Clock::now();
+        status = OV_CC_CloseDevice(*handle_);
+        took = millisecondsSince(begun);
+    };
+    start();
+    die();
+    expectOneMessageInTime();
+    EXPECT_EQ(status, OV_STATUS_OK);
+    EXPECT_LT(took, kCloseMs);
+    EXPECT_EQ(OV_CC_CloseDevice(*handle_), OV_STATUS_CALL_ORDER);
+}
+
+TEST_F(Lost, TheCallbackMayDestroyItsHandle) {
+    void* handle = nullptr;
+    const _OV_CC_DEVICE_INFO_ record = recordOf(camera_.Address());
+    handle_.reset();
+    ASSERT_EQ(OV_CC_CreateHandle(&handle, &record), OV_STATUS_OK);
+    ASSERT_EQ(OV_CC_OpenDevice(handle, OV_ACCESS_EXCLUSIVE, 0), OV_STATUS_OK);
+    ASSERT_EQ(OV_CC_RegisterExceptionCallBack(handle, Messages::callback, &messages_), OV_STATUS_OK);
+    std::uint32_t status = ~0U;
+    messages_.inside = [&] { status = OV_CC_DestroyHandle(handle); };
+    ASSERT_EQ(OV_CC_StartGrabbing(handle), OV_STATUS_OK);
+    die();
+    expectOneMessageInTime();
+    EXPECT_EQ(status, OV_STATUS_OK);
+    EXPECT_EQ(OV_CC_DestroyHandle(handle), OV_STATUS_INVALID_HANDLE);
+}
+
+// As the program does it: the callback waits for the thread that fetches frames.
+TEST_F(Lost, TheCallbackMayWaitForTheGrabber) {
+    start();
+    std::atomic<bool> stop{false};
+    std::thread grabber([&] {
+        while (!stop) {
+            fetch(*handle_, 60000);
+        }
+    });
+    messages_.inside = [&] {
+        stop = true;
+        grabber.join();
+        EXPECT_EQ(OV_CC_StopGrabbing(*handle_), OV_STATUS_OK);
+        EXPECT_EQ(OV_CC_RegisterExceptionCallBack(*handle_, nullptr, nullptr), OV_STATUS_OK);
+    };
+    die();
+    expectOneMessageInTime();
+    expectQuickClose();
+}
+
+TEST_F(Lost, ClosingAndCallbackMeet) {
+    std::atomic<bool> inside{false};
+    messages_.inside = [&] {
+        inside = true;
+        std::this_thread::sleep_for(milliseconds(50)); // the other thread's closing comes meanwhile
+        const std::uint32_t status = OV_CC_CloseDevice(*handle_);
+        EXPECT_TRUE(status == OV_STATUS_OK || status == OV_STATUS_CALL_ORDER);
+        inside = false;
+    };
+    die();
+    ASSERT_TRUE(eventually([&] { return inside.load(); }));
+    const std::uint32_t status = OV_CC_CloseDevice(*handle_);
+    EXPECT_TRUE(status == OV_STATUS_OK || status == OV_STATUS_CALL_ORDER);
+    EXPECT_FALSE(inside) << "the callback is over when the closing returns";
+    EXPECT_TRUE(messages_.waitFor(1));
+}
+
+TEST_F(Lost, WithoutACallbackNothingIsToldUntilThereIsOne) {
+    ASSERT_EQ(OV_CC_RegisterExceptionCallBack(*handle_, nullptr, nullptr), OV_STATUS_OK);
+    die();
+    ASSERT_TRUE(eventually([&] { return handle_->port().GetAccessMode() == GenApi_3_0::NA; }));
+    EXPECT_EQ(messages_.all().size(), 0U);
+    ASSERT_EQ(OV_CC_RegisterExceptionCallBack(*handle_, Messages::callback, &messages_), OV_STATUS_OK);
+    ASSERT_TRUE(messages_.waitFor(1)) << "a loss between opening and registration is not kept back";
+    EXPECT_EQ(messages_.all().size(), 1U);
+}
+
+TEST_F(Lost, AClosedCameraSendsNoMessage) {
+    ASSERT_EQ(OV_CC_CloseDevice(*handle_), OV_STATUS_OK);
+    die();
+    EXPECT_FALSE(messages_.waitFor(1, milliseconds(1200)));
+}
+
+TEST_F(Lost, EachOpeningHasAMessageOfItsOwn) {
+    for (std::size_t round = 1; round <= 2; ++round) {
+        die();
+        ASSERT_TRUE(messages_.waitFor(round));
+        EXPECT_EQ(messages_.all().size(), round);
+        expectQuickClose();
+        camera_.Stop();
+        camera_.Start();
+        camera_.SetFaults({});
+        ASSERT_EQ(handle_->open(), OV_STATUS_OK);
+    }
+}
+
+class Alive : public Lost {
+protected:
+    void expectNoMessage() {
+        EXPECT_EQ(messages_.all().size(), 0U);
+        EXPECT_EQ(handle_->port().GetAccessMode(), GenApi_3_0::RW);
+        EXPECT_TRUE(camera_.IsControlled());
+    }
+};
+
+TEST_F(Alive, AnIdleCameraIsKeptBeyondItsHeartbeatTimeOut) {
+    EXPECT_FALSE(messages_.waitFor(1, milliseconds(4000)));
+    expectNoMessage();
+    EXPECT_EQ(camera_.GetCounters().heartbeatsExpired, 0U);
+}
+
+TEST_F(Alive, ACameraThatTakesItsTimeForARegisterIsNotDead) {
+    for (const bool announce : {true, false}) {
+        setFaults([&](vcam::Faults& faults) {
+            faults.answerDelayMs = 400;
+            faults.announcePending = announce;
+        });
+        for (int round = 0; round < 3; ++round) {
+            EXPECT_EQ(readFailure(handle_->port()), "");
+        }
+        expectNoMessage();
+    }
+}
+
+TEST_F(Alive, ACameraThatAnswersNothingElseWhileItWorksIsNotDead) {
+    setFaults([](vcam::Faults& faults) { faults.answerDelayMs = 1100; });
+    EXPECT_EQ(readFailure(handle_->port()), "");
+    camera_.SetFaults({});
+    EXPECT_FALSE(messages_.waitFor(1, milliseconds(1000)));
+    expectNoMessage();
+}
+
+TEST_F(Alive, ABusyStreamOnABusyHostIsNotDead) {
+    std::atomic<bool> stop{false};
+    std::vector<std::thread> burners;
+    for (unsigned core = 0; core < 2 * std::thread::hardware_concurrency(); ++core) {
+        burners.emplace_back([&] {
+            volatile std::uint64_t sum = 0;
+            while (!stop) {
+                sum = sum + 1;
+            }
+        });
+    }
+    start();
+    const auto begun = Clock::now();
+    int frames = 0;
+    while (millisecondsSince(begun) < 3000) {
+        frames += fetch(*handle_, 1000).status == OV_STATUS_OK ? 1 : 0;
+        readFailure(handle_->port());
+    }
+    stop = true;
+    for (std::thread& burner : burners) {
+        burner.join();
+    }
+    EXPECT_GT(frames, 5);
+    expectNoMessage();
+}
+
+} // namespace
+} // namespace kolt::test
