@@ -12,7 +12,9 @@
 #include <QFile>
 #include <QMutexLocker>
 #include <algorithm>
+#include <condition_variable>
 #include <cstring>
+#include <map>
 #include <new>
 
 namespace {
@@ -22,6 +24,44 @@ constexpr uint32_t kFirstBufferSize = 7168;
 constexpr int kDeepestXml = 256; // the DOM recurses; real cameras stay below 20
 
 const char kSource[] = "KOLT CAPTURE";
+
+// The library may call back while the camera is being deleted: a camera that is leaving waits for the calls
+// inside it, and later ones find it gone.
+class CLiveCameras {
+public:
+    void Add(void* camera) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_inside[camera] = 0;
+    }
+    bool Enter(void* camera) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_inside.find(camera);
+        if (found == m_inside.end())
+            return false;
+        ++found->second;
+        return true;
+    }
+    void Leave(void* camera) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        --m_inside[camera];
+        m_left.notify_all();
+    }
+    void RemoveWhenEmpty(void* camera) {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_left.wait(lock, [&] { return m_inside[camera] == 0; });
+        m_inside.erase(camera);
+    }
+
+private:
+    std::mutex m_mutex; // guards m_inside
+    std::condition_variable m_left;
+    std::map<void*, int> m_inside; // calls in progress
+};
+
+CLiveCameras& LiveCameras() {
+    static CLiveCameras cameras;
+    return cameras;
+}
 
 QString FieldText(const char* field, size_t size) {
     return QString::fromUtf8(field, static_cast<int>(strnlen(field, size)));
@@ -36,9 +76,11 @@ QCamera* QCamera::NewInstance() {
 QCamera::QCamera() {
     m_clock.start();
     Initialize();
+    LiveCameras().Add(this);
 }
 
 QCamera::~QCamera() {
+    LiveCameras().RemoveWhenEmpty(this);
     UnInitialize();
 }
 
@@ -356,8 +398,13 @@ int QCamera::CloseCamera() {
 }
 
 void QCamera::CameraExceptionCallBackFunc(uint32_t message, void* user) {
-    if (user && message == OV_EXCEPTION_DISCONNECT)
-        static_cast<QCamera*>(user)->OnCameraDisconnectCallBack();
+    if (!user || message != OV_EXCEPTION_DISCONNECT)
+        return;
+    auto* const camera = static_cast<QCamera*>(user);
+    if (!LiveCameras().Enter(camera))
+        return;
+    camera->OnCameraDisconnectCallBack();
+    LiveCameras().Leave(camera);
 }
 
 // On the library's thread. The state stays; the owner closes the camera on the main thread.

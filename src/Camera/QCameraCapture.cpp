@@ -158,8 +158,9 @@ int QCamera::WriteEncoded(const QString& name, uint32_t length) {
     const auto written = file.write(reinterpret_cast<const char*>(m_pEncodeBuffer.get()), length);
     // A full disk may show only when the buffered rest is written.
     if (written != static_cast<qint64>(length) || !file.flush()) {
-        file.remove();
+        // By name: QFile::remove leaves a file that it can't flush first.
         file.close();
+        QFile::remove(name);
         return -25;
     }
     file.close();

@@ -1,8 +1,9 @@
 /*
  * The contract with libOvMediaKit.so: pixel conversion, encoding to memory, white balance.
  *
- * Status convention: 0 for success, else a code of OvStatus.h. A handle holds work buffers and serves one
- * call at a time; different handles are independent of each other.
+ * Status convention: 0 for success, else a code of OvStatus.h. A handle keeps work buffers between calls. Any
+ * thread may call with any handle at any time, several threads also with one; a handle that is destroyed in
+ * the middle of a call stays until the call ends.
  */
 #ifndef OV_MEDIA_KIT_H
 #define OV_MEDIA_KIT_H

@@ -85,6 +85,28 @@ TEST_F(FrameQueue, TheRestOfTheBufferIsCleared) {
     EXPECT_EQ(buffer, (std::vector<uint8_t>{5, 5, 5, 5, 0, 0, 0, 0, 0, 0}));
 }
 
+TEST_F(FrameQueue, TakingWithoutACopyGivesTheSame) {
+    const auto queue = QFrameBufManager::Instance(2, 8);
+    Add(*queue, 1, 8);
+    Add(*queue, 2, 6);
+    Add(*queue, 3, 12);
+    auto buffer = std::make_unique<uint8_t[]>(8);
+    // The first was overwritten by the third; the second is shorter than its node.
+    ASSERT_EQ(queue->TakeOneFrame(buffer, 8), 1);
+    EXPECT_EQ((std::vector<uint8_t>(buffer.get(), buffer.get() + 8)),
+              (std::vector<uint8_t>{2, 2, 2, 2, 2, 2, 0, 0}));
+    EXPECT_EQ(queue->TakeOneFrame(buffer, 8), 0) << "too large";
+    EXPECT_EQ(queue->TakeOneFrame(buffer, 8), 0) << "none left";
+    Add(*queue, 4, 8);
+    auto larger = std::make_unique<uint8_t[]>(20);
+    ASSERT_EQ(queue->TakeOneFrame(larger, 20), 1) << "a buffer of another size gets a copy";
+    EXPECT_EQ(larger[7], 4);
+    EXPECT_EQ(larger[8], 0);
+    const auto counters = queue->GetCounters();
+    EXPECT_EQ(counters.taken, 2u);
+    EXPECT_EQ(counters.refused, 1u);
+}
+
 TEST_F(FrameQueue, WithoutNodesFramesAreCountedAsUnqueued) {
     const auto queue = QFrameBufManager::Instance(0, 4);
     ASSERT_TRUE(queue);
