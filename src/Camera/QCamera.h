@@ -7,6 +7,7 @@
 #include "Camera/Boundary/OvMediaKit.h"
 #include "Camera/Boundary/OvPixelType.h"
 #include "Camera/CCameraThread.h"
+#include "Camera/CWriteBehind.h"
 #include "Camera/EmbeddedImageInfo.h"
 #include "Camera/FairMutex.h"
 #include "Camera/FrameRate.h"
@@ -447,6 +448,7 @@ private:
                               // the save mutex
     std::unique_ptr<QFile> m_pRecordFile;
     std::unique_ptr<QDataStream> m_pRecordStream;
+    CWriteBehind m_writeBehind;
     std::array<char, 1024> m_recordFolder{};
     int m_nLastWrite = 0;
 

@@ -297,7 +297,7 @@ int QCamera::SaveImageThreadFunc() {
         int have = 0;
         {
             const std::lock_guard<std::mutex> lock(m_saveMutex);
-            have = queue->GetOneFrame(m_pSaveBuffer.get(), m_nSaveBufferSize + kFrameTail);
+            have = queue->TakeOneFrame(m_pSaveBuffer, m_nSaveBufferSize + kFrameTail);
         }
         if (!have) {
             stop.SleepEx(1);

@@ -35,6 +35,7 @@ int QCamera::StartRecordRawData(const char* file, const char* folder) {
         return -25;
     m_pRecordFile = std::move(made);
     m_pRecordStream = std::make_unique<QDataStream>(m_pRecordFile.get());
+    m_writeBehind.Start(m_pRecordFile->handle());
     m_nLastWrite = 0;
     m_nRecordingType = kTypeRaw;
     m_bRecording = true;
@@ -44,6 +45,7 @@ int QCamera::StartRecordRawData(const char* file, const char* folder) {
 // The caller holds the record mutex.
 void QCamera::CloseRecordFile() {
     m_pRecordStream.reset();
+    m_writeBehind.Finish();
     if (m_pRecordFile)
         m_pRecordFile->close();
     m_pRecordFile.reset();
@@ -79,6 +81,7 @@ void QCamera::SaveRecord() {
                 CloseRecordFile();
                 full = true;
             } else {
+                m_writeBehind.OnWritten(m_nLastWrite);
                 m_bRecordedSuccess = true;
                 ++m_nRecorded;
             }

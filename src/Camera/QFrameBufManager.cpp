@@ -64,27 +64,49 @@ void QFrameBufManager::AddOneFrameToList(const uint8_t* data, uint32_t length) {
     m_pSample->AddNodeToDataList(node.release());
 }
 
-int QFrameBufManager::GetOneFrame(uint8_t* buffer, uint32_t capacity) {
-    std::unique_ptr<BUF_NODE> node;
-    {
-        const QMutexLocker lock(m_pMutex.get());
-        node.reset(m_pSample->GetDataNode());
-        if (!node)
-            return 0;
-        if (!node->data || node->length == 0 || node->length > capacity) {
-            // deliberate: the node goes into neither list, so the pool is one smaller until the queue is
-            // released.
-            ++m_counters.refused;
-            m_lostNodes.push_back(std::move(node));
-            return 0;
-        }
-    }
-    // Only the rest is cleared apart: the front is overwritten at once.
-    std::memcpy(buffer, node->data.get(), node->length);
-    std::memset(buffer + node->length, 0, capacity - node->length);
+// Null when there is none, or when the oldest is empty or too large.
+std::unique_ptr<BUF_NODE> QFrameBufManager::OldestThatFits(uint32_t capacity) {
+    const QMutexLocker lock(m_pMutex.get());
+    std::unique_ptr<BUF_NODE> node(m_pSample->GetDataNode());
+    if (!node)
+        return nullptr;
+    if (node->data && node->length > 0 && node->length <= capacity)
+        return node;
+    // deliberate: the node goes into neither list, so the pool is one smaller until the queue is released.
+    ++m_counters.refused;
+    m_lostNodes.push_back(std::move(node));
+    return nullptr;
+}
+
+void QFrameBufManager::GiveBack(std::unique_ptr<BUF_NODE> node) {
     const QMutexLocker lock(m_pMutex.get());
     ++m_counters.taken;
     m_pSample->AddNodeToSpareList(node.release());
+}
+
+int QFrameBufManager::GetOneFrame(uint8_t* buffer, uint32_t capacity) {
+    auto node = OldestThatFits(capacity);
+    if (!node)
+        return 0;
+    // Only the rest is cleared apart: the front is overwritten at once.
+    std::memcpy(buffer, node->data.get(), node->length);
+    std::memset(buffer + node->length, 0, capacity - node->length);
+    GiveBack(std::move(node));
+    return 1;
+}
+
+int QFrameBufManager::TakeOneFrame(std::unique_ptr<uint8_t[]>& buffer, uint32_t capacity) {
+    auto node = OldestThatFits(capacity);
+    if (!node)
+        return 0;
+    if (node->capacity == capacity) {
+        buffer.swap(node->data);
+        std::memset(buffer.get() + node->length, 0, capacity - node->length);
+    } else {
+        std::memcpy(buffer.get(), node->data.get(), node->length);
+        std::memset(buffer.get() + node->length, 0, capacity - node->length);
+    }
+    GiveBack(std::move(node));
     return 1;
 }
 

@@ -42,6 +42,9 @@ public:
     // is empty or larger than `capacity`.
     int GetOneFrame(uint8_t* buffer, uint32_t capacity);
 
+    // The same without a copy where the frame fills the buffer: `buffer` and the node change their memory.
+    int TakeOneFrame(std::unique_ptr<uint8_t[]>& buffer, uint32_t capacity);
+
     void ClearFrameBufList();
 
     _FRAME_QUEUE_COUNTERS_ GetCounters() const;
@@ -49,6 +52,8 @@ public:
 
 private:
     QFrameBufManager();
+    std::unique_ptr<BUF_NODE> OldestThatFits(uint32_t capacity);
+    void GiveBack(std::unique_ptr<BUF_NODE> node);
 
     std::unique_ptr<CZelSample> m_pSample;              // guarded by m_pMutex
     std::vector<std::unique_ptr<BUF_NODE>> m_lostNodes; // guarded by m_pMutex
