@@ -1,0 +1,90 @@
+// Pictures and recordings of real frames, read back.
+#include "core/CoreFixture.h"
+
+#include "Common/QLocalCfg.h"
+
+#include <QDir>
+#include <QFile>
+#include <QImage>
+
+namespace core {
+namespace {
+
+class Files : public Fixture {
+protected:
+    bool Hold() {
+        return WaitUntil([&] { return camera->SaveCurrentFrame() == 0; });
+    }
+    QByteArray Path(const char* name) { return folder.filePath(name).toUtf8(); }
+};
+
+TEST_F(Files, PicturesReadBackByAnotherProgram) {
+    StartDevice([](vcam::Config& c) { c.pixelFormat = 0x02180014; });
+    QLocalCfg::Instance()->SetDataOutputFolder(folder.path());
+    QLocalCfg::Instance()->SetImgQuality(100);
+    ASSERT_NO_FATAL_FAILURE(Stream());
+    ASSERT_TRUE(WaitForFrames(2));
+    ASSERT_TRUE(Hold());
+    ASSERT_EQ(camera->SnapPicture(Path("a.bmp").constData(), 0), 0);
+    ASSERT_EQ(camera->SnapPicture(Path("a.jpg").constData(), 1), 0);
+    ASSERT_EQ(camera->SnapRawData(Path("a.raw").constData()), 0);
+    for (const char* name : {"a.bmp", "a.jpg"}) {
+        const QImage image(folder.filePath(name));
+        ASSERT_EQ(image.width(), 640) << name;
+        ASSERT_EQ(image.height(), 480) << name;
+        for (const vcam::Patch& patch : device->Patches()) {
+            const QColor c = image.pixelColor(static_cast<int>(patch.x + patch.width / 2),
+                                              static_cast<int>(patch.y + patch.height / 2));
+            EXPECT_NEAR(c.red(), patch.red, 6) << name << " " << patch.name;
+            EXPECT_NEAR(c.green(), patch.green, 6) << name << " " << patch.name;
+            EXPECT_NEAR(c.blue(), patch.blue, 6) << name << " " << patch.name;
+        }
+    }
+    EXPECT_EQ(QFile(folder.filePath("a.raw")).size(), 640 * 480 * 3);
+}
+
+TEST_F(Files, ARecordingHasEveryFrameOnce) {
+    QLocalCfg::Instance()->SetImgSaveBufferSize(30);
+    ASSERT_NO_FATAL_FAILURE(Stream());
+    ASSERT_TRUE(WaitForFrames(3));
+    const QByteArray file = Path("video.raw");
+    ASSERT_EQ(camera->StartRecordRawData(file.constData(), folder.path().toUtf8().constData()), 0);
+    ASSERT_TRUE(WaitUntil([&] { return camera->GetCounters().recorded >= 60; }));
+    ASSERT_EQ(camera->StopRecord(), 0);
+    QFile in(file);
+    ASSERT_TRUE(in.open(QIODevice::ReadOnly));
+    const QByteArray bytes = in.readAll();
+    const int frame = 640 * 480;
+    ASSERT_EQ(bytes.size() % frame, 0);
+    ASSERT_EQ(bytes.size() / frame, camera->GetCounters().recorded);
+    uint32_t former = 0;
+    for (int at = 0; at < bytes.size(); at += frame) {
+        uint32_t number = 0;
+        ASSERT_TRUE(vcam::ReadFrameNumber(reinterpret_cast<const uint8_t*>(bytes.constData()) + at, 640, 640,
+                                          480, number));
+        EXPECT_TRUE(former == 0 || number == former + 1) << number << " after " << former;
+        former = number;
+    }
+}
+
+TEST_F(Files, ASeriesOfPictures) {
+    QLocalCfg* cfg = QLocalCfg::Instance();
+    cfg->SetDataOutputFolder(folder.path());
+    cfg->SetImgSaveFormat(1);
+    cfg->SetImgSaveFileNameIndexType(1);
+    cfg->SetImgSaveSpanFrames(2);
+    cfg->SetCheckImgSaveFixedFrames(true);
+    cfg->SetImgSaveFixedFramesNum(5);
+    ASSERT_NO_FATAL_FAILURE(Stream());
+    camera->SetImgSave();
+    ASSERT_TRUE(WaitUntil([&] { return owner.saves == 1; }));
+    EXPECT_FALSE(camera->IsCapturing());
+    const QStringList names = QDir(folder.filePath("core")).entryList(QDir::Files, QDir::Name);
+    EXPECT_EQ(names,
+              (QStringList{"Image_1.jpg", "Image_2.jpg", "Image_3.jpg", "Image_4.jpg", "Image_5.jpg"}));
+    for (const QString& name : names)
+        EXPECT_EQ(QImage(folder.filePath("core/" + name)).width(), 640) << name.toStdString();
+}
+
+} // namespace
+} // namespace core
