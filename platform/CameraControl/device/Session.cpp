@@ -23,7 +23,7 @@ void SessionLink::tie(Session* session) {
 }
 
 std::shared_ptr<Session> Session::start(Parts parts) {
-    const std::shared_ptr<Session> session(new Session(std::move(parts)), dispose);
+    std::shared_ptr<Session> session(new Session(std::move(parts)), dispose);
     session->link_->tie(session.get());
     session->monitor_->start();
     return session;

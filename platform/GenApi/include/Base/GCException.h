@@ -36,7 +36,8 @@ private:
 };
 
 // The destructors stand in the library, so that each class's type information does too and is caught by any
-// caller.
+// caller. A class name can't stand in parentheses.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define GCBASE_DECLARE_EXCEPTION(name)                                                                       \
     class GCBASE_API name : public GenericException {                                                        \
     public:                                                                                                  \
@@ -45,6 +46,7 @@ private:
         name& operator=(const name& other);                                                                  \
         ~name() override;                                                                                    \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 /// Memory could not be had.
 GCBASE_DECLARE_EXCEPTION(BadAllocException);
