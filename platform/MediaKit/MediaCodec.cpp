@@ -9,6 +9,9 @@
 using namespace media;
 
 std::uint32_t OV_MP_SaveImage(void* handle, _OV_IMAGE_INFO_* record) {
+    if (record != nullptr) {
+        record->outputLength = 0;
+    }
     return WithWorkspace(handle, record, SaveRecord);
 }
 

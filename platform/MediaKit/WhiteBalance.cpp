@@ -81,10 +81,9 @@ void AddCells(const std::uint8_t* row, std::uint32_t width, Sums& sums) {
     sums.places += width / 2;
     for (std::uint32_t x = 0; x + 1 < width; x += 2) {
         const std::uint8_t* const left = row + static_cast<std::size_t>(x) * 3;
-        const unsigned green = (static_cast<unsigned>(left[1]) + left[4] + 1) / 2;
-        if (Counts(left[0]) && Counts(left[1]) && Counts(left[4]) && Counts(left[2])) {
+        if (Counts(left[0]) && Counts(left[1]) && Counts(left[2])) {
             sums.channel[kRed] += left[0];
-            sums.channel[kGreen] += green;
+            sums.channel[kGreen] += left[1];
             sums.channel[kBlue] += left[2];
             ++sums.counted;
         }
@@ -123,9 +122,9 @@ public:
         }
     }
 
-    /* Values above the depth (which no camera should send) count as the largest. */
+    /* Bits above the depth (which no camera should send) mean nothing, as in a conversion. */
     std::uint16_t Of(Channel channel, std::size_t value) const {
-        return words_[channel * size_ + std::min(value, size_ - 1)];
+        return words_[channel * size_ + (value & (size_ - 1))];
     }
 
 private:

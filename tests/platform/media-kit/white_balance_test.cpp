@@ -242,10 +242,11 @@ TEST_F(WhiteBalance, AZeroCountsAsOneAndFactorsEndAtSixteen) {
     EXPECT_EQ(picture.bytes[2], 48);
 }
 
-TEST_F(WhiteBalance, WordsAboveTheirDepthAreTheLargest) {
-    reference::Picture picture{OV_PIXEL_BAYER_RG12, 2, 2, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}};
+TEST_F(WhiteBalance, BitsAboveTheDepthMeanNothing) {
+    reference::Picture picture{OV_PIXEL_BAYER_RG12, 2, 2, {0x64, 0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}};
     EXPECT_EQ(Apply(picture, Gains(2, 1, 1)), OV_STATUS_OK);
-    EXPECT_EQ(GetSample(picture.bytes, picture.type, 0), 4095U);
+    EXPECT_EQ(GetSample(picture.bytes, picture.type, 0), 200U);
+    EXPECT_EQ(GetSample(picture.bytes, picture.type, 1), 4095U);
 }
 
 TEST_F(WhiteBalance, OtherPicturesAndBadRecordsAreRefused) {
