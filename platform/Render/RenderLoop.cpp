@@ -17,7 +17,7 @@ namespace kolt::render {
 namespace {
 
 /* A server that doesn't answer for so long is taken for hung. */
-constexpr std::chrono::seconds kPatience(5);
+constexpr std::chrono::seconds kPatience(3);
 
 int openWakeUp() {
     const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);

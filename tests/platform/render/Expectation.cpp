@@ -40,6 +40,10 @@ void set(Source& source, int x, int y, double red, double green, double blue) {
     }
 }
 
+/* A centre this close below the next picture pixel belongs to that: fractions of 32 bits are not more exact.
+ */
+constexpr double kTie = 1.0 / 256;
+
 /* One axis of a pixel's way back: from window pixel p to the part of the picture below it. */
 struct Strip {
     bool inside = false;
@@ -50,8 +54,8 @@ struct Strip {
 Strip strip(int p, int windowLength, double d0, double d1, int pictureLength, double s0, double s1,
             bool mirror) {
     // Destination edges fall on whole window pixels.
-    const double begin = std::round(d0 * windowLength - 0.003);
-    const double end = std::round(d1 * windowLength - 0.003);
+    const double begin = std::round(d0 * windowLength - kTie);
+    const double end = std::round(d1 * windowLength - kTie);
     if (p < begin || p >= end) {
         return {};
     }
@@ -64,7 +68,7 @@ Strip strip(int p, int windowLength, double d0, double d1, int pictureLength, do
     }
     const double low = (s0 + f0 * (s1 - s0)) * pictureLength;
     const double high = (s0 + f1 * (s1 - s0)) * pictureLength;
-    const double centre = (low + high) / 2 + 0.003;
+    const double centre = (low + high) / 2 + kTie;
     return {centre >= 0 && centre < pictureLength, low, high};
 }
 
@@ -73,7 +77,7 @@ Rgb mean(const Source& source, const Strip& u, const Strip& v) {
     const auto range = [](const Strip& s, int length) {
         if (s.high - s.low <= 1.00001) {
             const int at =
-                std::clamp(static_cast<int>(std::floor((s.low + s.high) / 2 + 0.003)), 0, length - 1);
+                std::clamp(static_cast<int>(std::floor((s.low + s.high) / 2 + kTie)), 0, length - 1);
             return Strip{true, static_cast<double>(at), at + 1.0};
         }
         return Strip{true, std::max(s.low, 0.0), std::min(s.high, static_cast<double>(length))};

@@ -1,43 +1,19 @@
 /* What stands on the screen, through the exported calls, for every engine and every way to the server. */
-#include "Harness.h"
+#include "Ways.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <string>
 
 namespace kolt::tests {
 namespace {
 
-struct Way {
-    const char* name;
-    uint32_t engine;
-    const char* variable; /* set to 1 meanwhile; null for none */
-};
-
-void PrintTo(const Way& way, std::ostream* out) {
-    *out << way.name;
-}
-
-class Drawing : public testing::TestWithParam<Way> {
+class Drawing : public EveryWay {
 protected:
-    Drawing() {
-        if (GetParam().variable != nullptr) {
-            setenv(GetParam().variable, "1", 1);
-        }
-    }
-    ~Drawing() override {
-        if (GetParam().variable != nullptr) {
-            unsetenv(GetParam().variable);
-        }
-    }
-
     /* Draws once in a new window and compares the screen. */
     void check(const Source& source, int width, int height, const Shown& shown, int tolerance) {
         const xcb_window_t window = client.makeWindow(40, 30, width, height);
         client.fill(window, 0xFF00FF);
         {
-            const RenderHandle handle(formatOf(source.channels), GetParam().engine, window);
+            const RenderHandle handle(formatOf(source.channels), engine(), window);
             ASSERT_TRUE(handle.ready());
             ASSERT_EQ(turn(handle.get(), 90.0F * static_cast<float>(shown.quarterTurns)), 1);
             ASSERT_EQ(VR_SetDisplayRect(handle.get(), kPort, &shown.source, &shown.destination), 1);
@@ -51,15 +27,9 @@ protected:
         client.destroy(window);
         client.sync();
     }
-
-    XClient client;
 };
 
-INSTANTIATE_TEST_SUITE_P(Ways, Drawing,
-                         testing::Values(Way{"SharedMemory", VR_ENGINE_SOFTWARE, nullptr},
-                                         Way{"PutImage", VR_ENGINE_SOFTWARE, "KOLT_RENDER_NO_SHM"},
-                                         Way{"OpenGl", VR_ENGINE_OPENGL, "KOLT_RENDER_FORCE_GL"}),
-                         [](const auto& way) { return std::string(way.param.name); });
+KOLT_EVERY_WAY(Drawing);
 
 constexpr int kReduced = 5; /* two passes of eight bits, and weights in 64ths */
 /* More than three columns in one are first averaged in pairs, which shifts weight between neighbours. */
