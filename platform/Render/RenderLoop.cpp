@@ -1,8 +1,8 @@
 #include "RenderLoop.h"
 
+#include <csignal>
 #include <poll.h>
 #include <pthread.h>
-#include <signal.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -321,6 +321,12 @@ bool RenderLoop::waitForEvents(int timeoutMs) {
 
 void RenderLoop::sleep() {
     xcb_flush(m_connection->get());
+    // A drawing that waited for a reply may have read events along with it: these make no descriptor
+    // readable.
+    if (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(m_connection->get())}) {
+        handle(*event);
+        return;
+    }
     // A broken connection is always readable; then only requests are of interest, and all fail.
     pollfd waited[2] = {{m_wakeUp, POLLIN, 0}, {m_connection->descriptor(), POLLIN, 0}};
     const nfds_t count = m_connection->alive() ? 2 : 1;
