@@ -16,6 +16,10 @@ public:
     double GetNumericValue() override;
     bool IsSelfClearing() override;
 
+    void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
+        return type == GenApi_3_0::intfIEnumEntry ? static_cast<GenApi_3_0::IEnumEntry*>(this)
+                                                  : ValueNode::interfaceOf(type);
+    }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfIEnumEntry; }
     void link(Linker& linker, const Property& property) override;
     void linked(Linker& linker) override;
@@ -63,6 +67,10 @@ public:
     GenApi_3_0::IEnumEntry* GetEntry(int64_t IntValue) override;
     GenApi_3_0::IEnumEntry* GetCurrentEntry(bool Verify, bool IgnoreCache) override;
 
+    void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
+        return type == GenApi_3_0::intfIEnumeration ? static_cast<GenApi_3_0::IEnumeration*>(this)
+                                                    : ValueNode::interfaceOf(type);
+    }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfIEnumeration; }
     void link(Linker& linker, const Property& property) override;
     void linked(Linker& linker) override;

@@ -111,6 +111,10 @@ public:
         this->map().changed(*this);
     }
 
+    void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
+        return type == GenApi_3_0::intfIFloat ? static_cast<GenApi_3_0::IFloat*>(this)
+                                              : Base::interfaceOf(type);
+    }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfIFloat; }
 
     // The number protocol.

@@ -90,6 +90,10 @@ public:
         this->map().changed(*this);
     }
 
+    void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
+        return type == GenApi_3_0::intfIInteger ? static_cast<GenApi_3_0::IInteger*>(this)
+                                                : Base::interfaceOf(type);
+    }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfIInteger; }
 
     // The number protocol.

@@ -64,6 +64,10 @@ EInterfaceType Node::interfaceType() const {
     return intfIBase;
 }
 
+void* Node::interfaceOf(EInterfaceType) {
+    return nullptr;
+}
+
 // Loading
 
 void Node::link(Linker& linker, const Property& property) {

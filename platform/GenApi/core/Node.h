@@ -67,6 +67,10 @@ public:
     bool IsDeprecated() const override;
     GenApi_3_0::EInterfaceType GetPrincipalInterfaceType() const override;
     bool IsFeature() const override;
+    bool TryInterface(GenApi_3_0::EInterfaceType Type, void*& Interface) final {
+        Interface = interfaceOf(Type);
+        return true;
+    }
 
     // What never changes after loading; no lock needed.
     NodeMap& map() const { return m_map; }
@@ -80,6 +84,8 @@ public:
     /// "node 'Width'".
     std::string label() const;
     virtual GenApi_3_0::EInterfaceType interfaceType() const;
+    /// A pointer to just the interface of that type; null when the node hasn't it.
+    virtual void* interfaceOf(GenApi_3_0::EInterfaceType type);
 
     // Loading.
     /// Resolves one property after the other; problems become the node's fault.

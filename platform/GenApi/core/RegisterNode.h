@@ -23,6 +23,10 @@ public:
     int64_t GetLength() override;
     int64_t GetAddress() override;
 
+    void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
+        return type == GenApi_3_0::intfIRegister ? static_cast<GenApi_3_0::IRegister*>(this)
+                                                 : ValueNode::interfaceOf(type);
+    }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfIRegister; }
     void link(Linker& linker, const Property& property) override;
     void linked(Linker& linker) override;

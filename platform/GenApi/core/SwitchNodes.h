@@ -15,6 +15,10 @@ public:
     void SetValue(bool Value, bool Verify) override;
     bool GetValue(bool Verify, bool IgnoreCache) const override;
 
+    void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
+        return type == GenApi_3_0::intfIBoolean ? static_cast<GenApi_3_0::IBoolean*>(this)
+                                                : ValueNode::interfaceOf(type);
+    }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfIBoolean; }
     void link(Linker& linker, const Property& property) override;
     void linked(Linker& linker) override;
@@ -54,6 +58,10 @@ public:
     void Execute(bool Verify) override;
     bool IsDone(bool Verify) override;
 
+    void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
+        return type == GenApi_3_0::intfICommand ? static_cast<GenApi_3_0::ICommand*>(this)
+                                                : ValueNode::interfaceOf(type);
+    }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfICommand; }
     void link(Linker& linker, const Property& property) override;
     void linked(Linker& linker) override;

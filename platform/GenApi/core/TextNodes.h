@@ -32,6 +32,10 @@ public:
         return this->maxTextLength();
     }
 
+    void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
+        return type == GenApi_3_0::intfIString ? static_cast<GenApi_3_0::IString*>(this)
+                                               : Base::interfaceOf(type);
+    }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfIString; }
 
 protected:
@@ -77,6 +81,10 @@ public:
 
     void GetFeatures(GenApi_3_0::FeatureList_t& Features) const override;
 
+    void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
+        return type == GenApi_3_0::intfICategory ? static_cast<GenApi_3_0::ICategory*>(this)
+                                                 : ValueNode::interfaceOf(type);
+    }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfICategory; }
     void link(Linker& linker, const Property& property) override;
 

@@ -25,6 +25,10 @@ public:
     void GetSelectedFeatures(GenApi_3_0::FeatureList_t& list) const override;
     void GetSelectingFeatures(GenApi_3_0::FeatureList_t& list) const override;
 
+    void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
+        return type == GenApi_3_0::intfIValue ? static_cast<GenApi_3_0::IValue*>(this)
+                                              : Node::interfaceOf(type);
+    }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfIValue; }
     void link(Linker& linker, const Property& property) override;
 

@@ -60,6 +60,10 @@ public:
     virtual EInterfaceType GetPrincipalInterfaceType() const = 0;
     /// Whether a category lists the node.
     virtual bool IsFeature() const = 0;
+    /// Not of the published interface: lets CPointer do without a dynamic_cast, which takes longer than all
+    /// the rest of reading a cached value. Gives the node's interface of that type, as a pointer to just that
+    /// type, or null when it has none. False: the node doesn't say, and is to be asked by dynamic_cast.
+    virtual bool TryInterface(EInterfaceType, void*&) { return false; }
 };
 
 } // namespace GenApi_3_0
