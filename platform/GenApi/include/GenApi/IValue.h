@@ -11,7 +11,7 @@ class INode;
 /// Reading always checks the access mode (AccessException). `Verify` also checks the value read against its
 /// range (OutOfRangeException). `IgnoreCache` goes to the camera. Writing with `Verify` checks access mode,
 /// range and increment first; without it only that the value fits the place where it is kept. An exception of
-/// the port goes through to the caller and leaves cached values as if nothing had been written.
+/// the port goes through to the caller, and the next read of what it concerns goes to the camera.
 class GENAPI_API IValue : public virtual IBase {
 public:
     virtual INode* GetNode() = 0;
