@@ -55,6 +55,7 @@ PortNode* Linker::port(Node& from, const Property& property) {
         badName(from, property, named, "port");
         return nullptr;
     }
+    depends(from, *named);
     return static_cast<PortNode*>(named);
 }
 

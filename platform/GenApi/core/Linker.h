@@ -40,7 +40,6 @@ public:
     /// of the named node concerns `from` from now on.
     Node* number(Node& from, const Property& property);
     Node* text(Node& from, const Property& property);
-    /// The same without dependency.
     PortNode* port(Node& from, const Property& property);
     /// Null when there is no such node, which is nobody's fault.
     Node* ifThere(std::string_view name) const;

@@ -237,13 +237,14 @@ void RegisterNode::patch(std::int64_t address, const std::uint8_t* bytes, std::i
 
 void RegisterNode::writeBytes(const std::uint8_t* bytes, std::int64_t length) {
     const std::int64_t to = address();
+    const bool whole = length == this->length();
     try {
         m_port->write(bytes, to, length);
     } catch (...) {
         writeFailed(to, length);
         throw;
     }
-    writeDone(to, bytes, length);
+    writeDone(to, bytes, length, whole);
 }
 
 void RegisterNode::writeFailed(std::int64_t address, std::int64_t length) {
@@ -257,8 +258,8 @@ void RegisterNode::writeFailed(std::int64_t address, std::int64_t length) {
     map().changed(old);
 }
 
-void RegisterNode::writeDone(std::int64_t address, const std::uint8_t* bytes, std::int64_t length) {
-    const bool whole = length == this->length();
+void RegisterNode::writeDone(std::int64_t address, const std::uint8_t* bytes, std::int64_t length,
+                             bool whole) {
     const bool keep = whole && m_caching == WriteThrough && mayCache(length) && mayRead();
     m_valueEpoch = 0;
     m_bytesEpoch = 0;

@@ -70,7 +70,8 @@ private:
     bool mayCache(std::int64_t length) const;
     std::uint8_t* storage(std::int64_t length);
     void writeFailed(std::int64_t address, std::int64_t length);
-    void writeDone(std::int64_t address, const std::uint8_t* bytes, std::int64_t length);
+    /// `whole`: all of the register was written.
+    void writeDone(std::int64_t address, const std::uint8_t* bytes, std::int64_t length, bool whole);
 
     PortNode* m_port = nullptr;
     IntegerSource m_length;

@@ -220,6 +220,20 @@ TEST(AccessModePort, FollowsThePortsOwnMode) {
     }
 }
 
+TEST(AccessModePort, FollowsThePortNodesOwnConditions) {
+    Map map("<Integer Name=\"Here\"><Value>1</Value></Integer>"
+            "<Port Name=\"Second\"><pIsAvailable>Here</pIsAvailable></Port>"
+            "<IntReg Name=\"X\"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+            "<pPort>Second</pPort></IntReg>");
+    map.ref()._Connect(&map.port, "Second");
+    EXPECT_EQ(RW, map.mode("X"));
+    map.integer("Here")->SetValue(0);
+    EXPECT_EQ(NA, map.mode("X"));
+    map.integer("Here")->SetValue(1);
+    map.node("Second")->ImposeAccessMode(RO);
+    EXPECT_EQ(RO, map.mode("X"));
+}
+
 TEST(AccessModeReason, IsToldWithTheNodesName) {
     Map map(std::string(kSwitches) + "<Integer Name=\"X\"><pValue>RegLocked</pValue></Integer>");
     map.port.Store(0, {1, 0});

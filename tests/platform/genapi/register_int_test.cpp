@@ -278,4 +278,21 @@ TEST(StructRegister, EntriesShareItsRegisterAndItsInvalidators) {
     EXPECT_EQ(0, map.integer("Low")->GetValue());
 }
 
+TEST(StructRegister, EntriesShareItsComputedAddress) {
+    Map map(
+        "<Integer Name=\"Index\"><Value>2</Value></Integer><StructReg Comment=\"S\">"
+        "<IntSwissKnife Name=\"Where\"><pVariable Name=\"I\">Index</pVariable><Formula>I * 16</Formula>"
+        "</IntSwissKnife><Length>1</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>"
+        "<StructEntry Name=\"A\"><Bit>0</Bit></StructEntry><StructEntry Name=\"B\"><Bit>1</Bit></StructEntry>"
+        "</StructReg>");
+    map.integer("A")->SetValue(1);
+    map.integer("B")->SetValue(1);
+    EXPECT_EQ(Bytes{3}, map.port.Load(32, 1));
+    map.integer("Index")->SetValue(0);
+    EXPECT_EQ(0, map.integer("B")->GetValue());
+    map.integer("B")->SetValue(1);
+    EXPECT_EQ(Bytes{2}, map.port.Load(0, 1));
+    EXPECT_EQ(Bytes{3}, map.port.Load(32, 1));
+}
+
 } // namespace
