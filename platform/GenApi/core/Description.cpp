@@ -268,11 +268,12 @@ void DescriptionReader::addChildren(const pugi::xml_node& element, std::size_t r
             continue;
         }
         property.text = textOf(child);
-        if (const pugi::xml_attribute first = child.first_attribute()) {
-            const std::string_view name = first.name();
+        for (const pugi::xml_attribute& attribute : child.attributes()) {
+            const std::string_view name = attribute.name();
             if (name == "Name" || name == "Offset" || name == "Index" || name == "pOffset") {
-                property.attribute = trimmed(first.value());
+                property.attribute = trimmed(attribute.value());
                 property.attributeNamesANode = name == "pOffset";
+                break;
             }
         }
         add(property);

@@ -44,6 +44,9 @@ void IntegerNode::link(Linker& linker, const Property& property) {
         break;
     case PropertyId::Max:
         linker.constant(*this, property, m_max);
+        if (m_max.constant < 0 && property.text.find('-') == std::string_view::npos)
+            m_max.constant =
+                std::numeric_limits<std::int64_t>::max(); // meant without sign: beyond all integers here
         break;
     case PropertyId::pMax:
         linker.reference(*this, property, m_max);

@@ -76,6 +76,11 @@ bool parseInteger(std::string_view text, std::int64_t& value) {
     text = trimmed(text);
     if (isHexadecimal(text))
         return parseHexadecimal(text, value);
+    if (!text.empty() && text.front() == '-' && isHexadecimal(text.substr(1))) {
+        const bool fits = parseHexadecimal(text.substr(1), value) && value >= 0;
+        value = fits ? -value : 0;
+        return fits;
+    }
     if (!text.empty() && text.front() == '+')
         text.remove_prefix(1);
     const std::size_t point = text.find('.');
