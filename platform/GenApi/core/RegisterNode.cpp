@@ -185,6 +185,8 @@ std::uint8_t* RegisterNode::storage(std::int64_t length) {
 }
 
 const std::uint8_t* RegisterNode::bytes(Reading how, std::int64_t length) {
+    if (length == 0)
+        return m_small; // no bytes, nothing to ask the camera for
     const std::int64_t from = address();
     if (length == 0)
         return m_small;
@@ -236,6 +238,8 @@ void RegisterNode::patch(std::int64_t address, const std::uint8_t* bytes, std::i
 }
 
 void RegisterNode::writeBytes(const std::uint8_t* bytes, std::int64_t length) {
+    if (length == 0)
+        return;
     const std::int64_t to = address();
     const bool whole = length == this->length();
     try {

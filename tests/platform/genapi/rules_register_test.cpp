@@ -388,4 +388,18 @@ TEST(AddressRule, LengthMayComeFromANode) {
     EXPECT_EQ(rule.Register("X")->GetLength(), 2);
 }
 
+TEST(AddressRule, ALengthOfZeroFromANodeIsNoAccess) {
+    RuleMap rule(
+        Node("Integer", "LEN", "<Value>0</Value>") +
+        Node("StringReg", "X",
+             "<Address>16</Address><pLength>LEN</pLength><AccessMode>RW</AccessMode><pPort>Device</pPort>"));
+    EXPECT_STREQ(rule.String("X")->GetValue().c_str(), "");
+    EXPECT_NO_THROW(rule.String("X")->SetValue(""));
+    EXPECT_THROW(rule.String("X")->SetValue("a"), GenICam_3_0::GenericException);
+    EXPECT_EQ(rule.port.Reads() + rule.port.Writes(), 0U);
+    rule.Int("LEN")->SetValue(4);
+    rule.String("X")->SetValue("abcd");
+    EXPECT_EQ(rule.port.Load(16, 5), (Bytes{'a', 'b', 'c', 'd', 0}));
+}
+
 } // namespace
