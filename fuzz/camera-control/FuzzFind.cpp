@@ -75,7 +75,7 @@ void usbRecord(const std::vector<std::uint8_t>& bytes) {
     };
     _OV_CC_DEVICE_INFO_ record;
     std::memset(&record, 0xEE, sizeof record);
-    if (!fillUsbRecord(device, reader, record))
+    if (fillUsbRecord(device, reader, record) == UsbReading::none)
         return;
     const auto& usb = record.transport.usb3;
     requireText(usb.deviceGuid);

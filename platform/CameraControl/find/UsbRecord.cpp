@@ -92,11 +92,12 @@ const UsbInterface* usb3VisionControl(const UsbDevice& device) {
     return nullptr;
 }
 
-bool fillUsbRecord(const UsbDevice& device, const UsbStringReader& readString, _OV_CC_DEVICE_INFO_& record) {
+UsbReading fillUsbRecord(const UsbDevice& device, const UsbStringReader& readString,
+                         _OV_CC_DEVICE_INFO_& record) {
     const UsbInterface* control = usb3VisionControl(device);
     const std::uint8_t* information = control == nullptr ? nullptr : deviceInformation(control->extra);
     if (information == nullptr)
-        return false;
+        return UsbReading::none;
     const auto string = [&](std::uint8_t index) -> std::optional<std::string> {
         // Index 0 means that the device has no such text.
         return index == 0 ? std::string() : readString(index);
@@ -104,7 +105,7 @@ bool fillUsbRecord(const UsbDevice& device, const UsbStringReader& readString, _
     const auto either = [](std::uint8_t first, std::uint8_t second) { return first != 0 ? first : second; };
     const std::optional<std::string> serial = string(either(information[kSerialIndex], device.serialIndex));
     if (!serial)
-        return false;
+        return UsbReading::none;
     std::memset(&record, 0, sizeof record);
     record.minorVersion = littleEndian16(information + kU3vVersion);
     record.majorVersion = littleEndian16(information + kU3vVersion + 2);
@@ -118,8 +119,11 @@ bool fillUsbRecord(const UsbDevice& device, const UsbStringReader& readString, _
     usb.productId = device.productId;
     usb.deviceNumber = (static_cast<std::uint32_t>(device.bus) << 8) | device.address;
     usb.usbVersion = device.usbVersion;
+    bool whole = true;
     const auto fill = [&](std::uint8_t index, char* text, std::size_t size) {
-        copyText(string(index).value_or(std::string()), text, size);
+        const std::optional<std::string> read = string(index);
+        whole = whole && read.has_value();
+        copyText(read.value_or(std::string()), text, size);
     };
     fill(information[kGuidIndex], usb.deviceGuid, sizeof usb.deviceGuid);
     fill(information[kVendorIndex], usb.vendorName, sizeof usb.vendorName);
@@ -131,7 +135,7 @@ bool fillUsbRecord(const UsbDevice& device, const UsbStringReader& readString, _
          sizeof usb.manufacturerName);
     copyText(*serial, usb.serialNumber, sizeof usb.serialNumber);
     fill(information[kUserNameIndex], usb.userDefinedName, sizeof usb.userDefinedName);
-    return true;
+    return whole ? UsbReading::whole : UsbReading::partial;
 }
 
 std::optional<std::string> usbStringText(const std::uint8_t* descriptor, std::size_t length) {

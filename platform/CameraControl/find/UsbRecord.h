@@ -49,10 +49,17 @@ using UsbStringReader = std::function<std::optional<std::string>(std::uint8_t in
 // The control interface, or null where this is no USB3 Vision device.
 const UsbInterface* usb3VisionControl(const UsbDevice& device);
 
-// The record of a USB3 Vision device. A control interface without its bulk endpoints (a device in its boot
-// loader) leaves controlInEndpoint 0. False: no USB3 Vision device, or its device information or serial
-// number can't be read; without them nobody could tell it from another.
-bool fillUsbRecord(const UsbDevice& device, const UsbStringReader& readString, _OV_CC_DEVICE_INFO_& record);
+enum class UsbReading {
+    none,    // no USB3 Vision device, or its device information or serial number can't be read: without them
+             // nobody could tell it from another
+    partial, // some texts couldn't be read and are empty
+    whole,
+};
+
+// The record of a USB3 Vision device; only filled when something was read. A control interface without its
+// bulk endpoints (a device in its boot loader) leaves controlInEndpoint 0.
+UsbReading fillUsbRecord(const UsbDevice& device, const UsbStringReader& readString,
+                         _OV_CC_DEVICE_INFO_& record);
 
 // Text of a string descriptor (UTF-16, little-endian) as UTF-8; broken surrogates become U+FFFD. Nothing when
 // the bytes are no string descriptor.

@@ -130,6 +130,21 @@ TEST(Discovery, CamerasWithEqualNamesAndSerialsAreTwo) {
     EXPECT_EQ(discoverFrom(host).cameras.size(), 2U);
 }
 
+TEST(Discovery, CamerasOfOneAddressAreTwo) {
+    const NetworkNamespace host;
+    CameraSite site(host, "ka0", "10.1.0.1/24");
+    site.add("10.1.0.5/24", [](const Bytes& request) {
+        std::vector<Bytes> answers;
+        for (const std::uint64_t mac : {1U, 2U}) {
+            ScriptedIdentity camera = identity(mac);
+            camera.ip = "10.1.0.5";
+            answers.push_back(acknowledge(0, 3, test::discoveryPayload(camera), word16(request, 6)));
+        }
+        return answers;
+    });
+    EXPECT_EQ(discoverFrom(host).cameras.size(), 2U);
+}
+
 TEST(Discovery, ACameraThatAnswersManyTimesIsOne) {
     const NetworkNamespace host;
     CameraSite site(host, "ka0", "10.1.0.1/24");

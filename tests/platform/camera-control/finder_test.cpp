@@ -3,10 +3,12 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <set>
+#include <sys/resource.h>
 #include <thread>
 
 #include "CameraSite.h"
 #include "FakeUsbBus.h"
+#include "find/DiscoverySettings.h"
 #include "find/Finder.h"
 #include "find/Ipv4.h"
 #include "find/RecordStore.h"
@@ -104,6 +106,25 @@ TEST_F(FinderTest, AFailureOfOneLayerFailsTheCallAndListsNothing) {
     const NamespaceScope inside(host_);
     EXPECT_EQ(finder_.enumerate(5, &list_), OV_STATUS_RESOURCE);
     EXPECT_EQ(list_.deviceCount, 0U);
+}
+
+TEST_F(FinderTest, WithoutDescriptorsEachCallSaysSo) {
+    _OV_CC_DEVICE_INFO_ live{};
+    const auto record = gigeRecord("10.1.0.5");
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    rlimit none = before;
+    none.rlim_cur = 0;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const std::uint32_t enumerated = finder_.enumerate(OV_TLAYER_GIGE, &list_);
+    const std::uint32_t queried = finder_.query(record, live);
+    const std::uint32_t forced = forceIp(record, address("10.1.0.6"));
+    const bool accessible = finder_.accessible(&record, OV_ACCESS_EXCLUSIVE);
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(enumerated, OV_STATUS_RESOURCE);
+    EXPECT_EQ(queried, OV_STATUS_RESOURCE);
+    EXPECT_EQ(forced, OV_STATUS_RESOURCE);
+    EXPECT_FALSE(accessible);
 }
 
 TEST_F(FinderTest, BeyondTheListsEndTheFirst256AreGiven) {
@@ -236,6 +257,14 @@ TEST_F(FinderTest, ACameraBehindARouterIsAskedByRoute) {
     ASSERT_EQ(finder_.query(gigeRecord("10.77.0.5", "10.99.0.1"), live), OV_STATUS_OK);
     EXPECT_EQ(live.transport.gige.hostInterface, address("10.2.0.1"));
     EXPECT_FALSE(finder_.accessible(&live, OV_ACCESS_EXCLUSIVE)); // it has no such register
+    // Asked one by one it is listed as well, but no broadcast gets there to give it another address.
+    const DiscoverySettings before = discoverySettings();
+    setDiscoverySettings(parseDiscoverySettings("", "10.77.0.5"));
+    ASSERT_EQ(finder_.enumerate(5, &list_), OV_STATUS_OK);
+    ASSERT_EQ(list_.deviceCount, 1U);
+    EXPECT_EQ(list_.devices[0]->transport.gige.hostInterface, address("10.2.0.1"));
+    EXPECT_EQ(forceIp(gigeRecord("10.77.0.5"), address("10.77.0.6")), OV_STATUS_NETWORK);
+    setDiscoverySettings(before);
 }
 
 TEST_F(FinderTest, ACameraOfAForeignSubnetIsAskedByBroadcastOnItsInterface) {

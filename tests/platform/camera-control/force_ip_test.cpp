@@ -241,6 +241,11 @@ TEST_F(ForceIpTest, SignsOfLifeAreSeenAndTheCamerasOwnIsNone) {
     ASSERT_TRUE(computer.has_value());
     EXPECT_FALSE(somebodyAnswersAt(*card, address("10.1.0.60"), computer->mac, milliseconds(2000)));
     EXPECT_FALSE(somebodyAnswersAt(*card, address("10.1.0.61"), 1, milliseconds(50)));
+    // A camera there speaks for itself.
+    ScriptedIdentity camera;
+    camera.ip = "10.1.0.70";
+    site_.add("10.1.0.70/24", ScriptedCamera::obedient(camera));
+    EXPECT_TRUE(somebodyAnswersAt(*card, address("10.1.0.70"), 1, milliseconds(2000)));
     EXPECT_FALSE(somebodyAnswersAt(*card, address("172.16.0.61"), 1, milliseconds(2000)));
 }
 

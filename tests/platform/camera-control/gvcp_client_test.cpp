@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/eventfd.h>
+#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 
@@ -334,6 +335,39 @@ TEST(GvcpClient, AConfinedClientReachesLoopback) {
     std::uint32_t v = 0;
     EXPECT_EQ(client.readRegister(0, v), OV_STATUS_OK);
     EXPECT_EQ(v, 8U);
+}
+
+TEST(UdpSocket, HandsItsDescriptorOn) {
+    UdpSocket first;
+    EXPECT_FALSE(first.isOpen());
+    UdpOptions options;
+    options.interfaceName = "lo";
+    ASSERT_EQ(first.open(options), 0);
+    EXPECT_TRUE(first.confined());
+    const int descriptor = first.descriptor();
+    UdpSocket second(std::move(first));
+    EXPECT_EQ(second.descriptor(), descriptor);
+    UdpSocket third;
+    ASSERT_EQ(third.open({}), 0);
+    EXPECT_FALSE(third.confined());
+    third = std::move(second);
+    EXPECT_EQ(third.descriptor(), descriptor);
+    EXPECT_TRUE(third.confined());
+}
+
+TEST(GvcpClient, WithoutDescriptorsItSaysSo) {
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    rlimit none = before;
+    none.rlim_cur = 0;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    GvcpClient client({kLoopback, 0, "", 3956}, quick());
+    const std::uint32_t source = routeSource(kLoopback);
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    std::uint32_t v = 0;
+    EXPECT_EQ(client.status(), OV_STATUS_RESOURCE);
+    EXPECT_EQ(client.readRegister(0, v), OV_STATUS_RESOURCE);
+    EXPECT_EQ(source, 0U);
 }
 
 TEST(RouteSource, IsTheAddressFromWhichTheHostWouldSpeak) {

@@ -24,7 +24,7 @@ TEST(UsbRecord, IsComplete) {
     const FakeUsbCamera camera;
     _OV_CC_DEVICE_INFO_ record;
     std::memset(&record, 0xEE, sizeof record);
-    ASSERT_TRUE(fillUsbRecord(camera.device, camera.reader(), record));
+    ASSERT_EQ(fillUsbRecord(camera.device, camera.reader(), record), UsbReading::whole);
     EXPECT_EQ(record.majorVersion, 1);
     EXPECT_EQ(record.minorVersion, 2);
     EXPECT_EQ(record.macHigh, 0U);
@@ -55,7 +55,7 @@ TEST(UsbRecord, ABootLoaderHasNoControlEndpoint) {
     FakeUsbCamera camera;
     camera.device.interfaces[0].endpoints.clear();
     _OV_CC_DEVICE_INFO_ record;
-    ASSERT_TRUE(fillUsbRecord(camera.device, camera.reader(), record));
+    ASSERT_EQ(fillUsbRecord(camera.device, camera.reader(), record), UsbReading::whole);
     EXPECT_EQ(record.transport.usb3.controlInEndpoint, 0);
     EXPECT_EQ(record.transport.usb3.controlOutEndpoint, 0);
 }
@@ -64,7 +64,7 @@ TEST(UsbRecord, OnlyBulkEndpointsCount) {
     FakeUsbCamera camera;
     camera.device.interfaces[0].endpoints.insert(camera.device.interfaces[0].endpoints.begin(), {0x85, 3});
     _OV_CC_DEVICE_INFO_ record;
-    ASSERT_TRUE(fillUsbRecord(camera.device, camera.reader(), record));
+    ASSERT_EQ(fillUsbRecord(camera.device, camera.reader(), record), UsbReading::whole);
     EXPECT_EQ(record.transport.usb3.controlInEndpoint, 0x81);
 }
 
@@ -74,10 +74,10 @@ TEST(UsbRecord, OtherDevicesAreNone) {
     for (UsbInterface& interface : disk.device.interfaces)
         interface.interfaceClass = 8;
     EXPECT_EQ(usb3VisionControl(disk.device), nullptr);
-    EXPECT_FALSE(fillUsbRecord(disk.device, disk.reader(), record));
+    EXPECT_EQ(fillUsbRecord(disk.device, disk.reader(), record), UsbReading::none);
     FakeUsbCamera streamOnly;
     streamOnly.device.interfaces.erase(streamOnly.device.interfaces.begin());
-    EXPECT_FALSE(fillUsbRecord(streamOnly.device, streamOnly.reader(), record));
+    EXPECT_EQ(fillUsbRecord(streamOnly.device, streamOnly.reader(), record), UsbReading::none);
 }
 
 TEST(UsbRecord, BrokenInformationDescriptorsAreRefused) {
@@ -86,7 +86,7 @@ TEST(UsbRecord, BrokenInformationDescriptorsAreRefused) {
         FakeUsbCamera camera;
         camera.device.interfaces[0].extra = std::move(extra);
         _OV_CC_DEVICE_INFO_ record;
-        return !fillUsbRecord(camera.device, camera.reader(), record);
+        return fillUsbRecord(camera.device, camera.reader(), record) == UsbReading::none;
     };
     const std::vector<std::uint8_t> whole = good.device.interfaces[0].extra;
     for (std::size_t size = 0; size < whole.size(); ++size)
@@ -116,7 +116,7 @@ TEST(UsbRecord, MissingTextsAreEmptyAndOthersStandIn) {
     camera.device.manufacturerIndex = 0;
     camera.strings.erase(18);
     _OV_CC_DEVICE_INFO_ record;
-    ASSERT_TRUE(fillUsbRecord(camera.device, camera.reader(), record));
+    ASSERT_EQ(fillUsbRecord(camera.device, camera.reader(), record), UsbReading::partial);
     EXPECT_STREQ(record.transport.usb3.familyName, "");
     EXPECT_STREQ(record.transport.usb3.serialNumber, "plain serial");
     EXPECT_STREQ(record.transport.usb3.manufacturerName, "Vendor");
@@ -127,7 +127,7 @@ TEST(UsbRecord, LongTextsAreCut) {
     FakeUsbCamera camera;
     camera.strings[13] = std::string(100, 'm');
     _OV_CC_DEVICE_INFO_ record;
-    ASSERT_TRUE(fillUsbRecord(camera.device, camera.reader(), record));
+    ASSERT_EQ(fillUsbRecord(camera.device, camera.reader(), record), UsbReading::whole);
     EXPECT_EQ(std::string(record.transport.usb3.modelName), std::string(63, 'm'));
 }
 
@@ -135,7 +135,7 @@ TEST(UsbRecord, WithoutItsSerialNumberItIsNotListed) {
     FakeUsbCamera camera;
     camera.strings.erase(17);
     _OV_CC_DEVICE_INFO_ record;
-    EXPECT_FALSE(fillUsbRecord(camera.device, camera.reader(), record));
+    EXPECT_EQ(fillUsbRecord(camera.device, camera.reader(), record), UsbReading::none);
 }
 
 TEST(UsbString, IsUtf16AsUtf8) {
@@ -189,10 +189,20 @@ TEST(UsbEnumeration, ADeviceThatFallsSilentKeepsItsRecordWhileItIsPluggedIn) {
     EXPECT_EQ(found.size(), 1U);
     EXPECT_EQ(unreadable, 0U);
 
+    // Nothing read, or not all: what it said before.
+    bus.cameras[0].strings.erase(18);
+    ASSERT_EQ(listOf(enumeration, found, unreadable), OV_STATUS_OK);
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_STREQ(found[0].record.transport.usb3.userDefinedName, "right");
     bus.cameras[0].strings.clear();
     ASSERT_EQ(listOf(enumeration, found, unreadable), OV_STATUS_OK);
     ASSERT_EQ(found.size(), 1U);
     EXPECT_STREQ(found[0].record.transport.usb3.serialNumber, "U-77");
+    // A name that was really taken away is gone.
+    bus.cameras[0].strings = strings;
+    bus.cameras[0].strings[18] = "";
+    ASSERT_EQ(listOf(enumeration, found, unreadable), OV_STATUS_OK);
+    EXPECT_STREQ(found.at(0).record.transport.usb3.userDefinedName, "");
 
     bus.cameras.clear();
     ASSERT_EQ(listOf(enumeration, found, unreadable), OV_STATUS_OK);

@@ -313,6 +313,12 @@ TEST(XmlFetch, AFileOfTheHostIsReadWhereItIsARegularOne) {
     FakeMemory trap;
     trap.url(gvcp::kFirstUrl, "File://" + pipe);
     EXPECT_EQ(fetchXml(trap.reader(), xml), OV_STATUS_RESOURCE);
+    const std::string large = std::string(folder) + "/large";
+    std::ofstream(large) << '<';
+    std::filesystem::resize_file(large, kMaxStoredXmlBytes + 1);
+    FakeMemory endless;
+    endless.url(gvcp::kFirstUrl, "File://" + large);
+    EXPECT_EQ(fetchXml(endless.reader(), xml), OV_STATUS_PACKET);
     std::filesystem::remove_all(folder);
 }
 
