@@ -7,6 +7,7 @@
 #include "device/AravisBase.h"
 #include "device/GigeDevice.h"
 #include "device/Statuses.h"
+#include "find/DeviceFinder.h"
 
 namespace kolt::cc {
 
@@ -41,13 +42,15 @@ std::unique_ptr<TransportDevice> wrap(GObjectPtr<ArvDevice> arv, const GErrorHol
 }
 
 std::unique_ptr<TransportDevice> openUsb(const OpenRequest& request, std::uint32_t& status) {
-    const _OV_CC_USB3_DEVICE_INFO_& record = request.device.transport.usb3;
-    const std::string guid = textOf(record.deviceGuid);
-    const std::string serial = textOf(record.serialNumber);
-    if (guid.empty() && serial.empty()) {
-        status = OV_STATUS_INVALID_PARAMETER;
+    // Aravis trips over a device that is not there, so the bus is looked at before.
+    _OV_CC_DEVICE_INFO_ live{};
+    status = queryDeviceInfo(request.device, live);
+    if (status != OV_STATUS_OK) {
         return nullptr;
     }
+    const _OV_CC_USB3_DEVICE_INFO_& record = live.transport.usb3;
+    const std::string guid = textOf(record.deviceGuid);
+    const std::string serial = textOf(record.serialNumber);
     const std::string vendor = textOf(record.vendorName);
     const std::string model = textOf(record.modelName);
     const auto orNull = [](const std::string& text) { return text.empty() ? nullptr : text.c_str(); };
