@@ -42,6 +42,11 @@ std::unique_ptr<TransportDevice> wrap(GObjectPtr<ArvDevice> arv, const GErrorHol
 }
 
 std::unique_ptr<TransportDevice> openUsb(const OpenRequest& request, std::uint32_t& status) {
+    const _OV_CC_USB3_DEVICE_INFO_& known = request.device.transport.usb3;
+    if (textOf(known.deviceGuid).empty() && textOf(known.serialNumber).empty()) {
+        status = OV_STATUS_INVALID_PARAMETER;
+        return nullptr;
+    }
     // Aravis trips over a device that is not there, so the bus is looked at before.
     _OV_CC_DEVICE_INFO_ live{};
     status = queryDeviceInfo(request.device, live);

@@ -237,10 +237,10 @@ TEST(UsbOpening, ARecordThatNamesNoDeviceIsRefusedAndAnAbsentOneNotFound) {
     EXPECT_EQ(status, OV_STATUS_INVALID_PARAMETER);
     std::strcpy(request.device.transport.usb3.serialNumber, "no such camera");
     EXPECT_EQ(openDevice(request, status), nullptr);
-    EXPECT_EQ(status, OV_STATUS_NETWORK);
+    EXPECT_EQ(status, OV_STATUS_PRECONDITION);
     std::memset(request.device.transport.usb3.deviceGuid, 'x', 64); // without a NUL
     EXPECT_EQ(openDevice(request, status), nullptr);
-    EXPECT_EQ(status, OV_STATUS_NETWORK);
+    EXPECT_EQ(status, OV_STATUS_PRECONDITION);
     request.device.nTLayerType = 9;
     EXPECT_EQ(openDevice(request, status), nullptr);
     EXPECT_EQ(status, OV_STATUS_NOT_SUPPORTED);
