@@ -4,11 +4,11 @@
 #include <QStringList>
 #include <QTime>
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
-#include <locale.h>
 #include <utility>
 
 QFunction* QFunction::ms_pSingleFunction = nullptr;

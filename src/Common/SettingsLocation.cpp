@@ -18,7 +18,7 @@ bool CanMakeFilesIn(const QString& folder) {
 QString SettingsDirectory(const QString& executableDir) {
     if (CanMakeFilesIn(executableDir))
         return executableDir;
-    const QString folder =
+    QString folder =
         QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/" + kProgramFolder;
     QDir().mkpath(folder);
     return folder;

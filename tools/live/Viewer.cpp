@@ -85,7 +85,7 @@ std::string Viewer::Screenshot(const std::string& path) {
         std::this_thread::sleep_for(pause);
         Look();
         before = memory;
-        if (const std::string error = window_->ReadBack(memory, picture); !error.empty())
+        if (std::string error = window_->ReadBack(memory, picture); !error.empty())
             return error;
     }
     return SavePicture(path, picture);

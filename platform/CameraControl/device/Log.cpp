@@ -64,7 +64,6 @@ void Logger::operator()(LogLevel level, const char* format, ...) const {
     char text[480];
     va_list arguments;
     va_start(arguments, format);
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start stands right above
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     timespec now{};

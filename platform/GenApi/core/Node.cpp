@@ -10,8 +10,6 @@
 namespace genapi {
 
 using namespace GenApi_3_0;
-using GenICam_3_0::gcstring;
-using GenICam_3_0::gcstring_vector;
 
 Node::Node(NodeMap& map, const NodeRecord& record, const Property* properties, std::uint32_t index)
     : m_map(map)

@@ -36,8 +36,7 @@ private:
 };
 
 // The destructors stand in the library, so that each class's type information does too and is caught by any
-// caller. A class name can't stand in parentheses.
-// NOLINTBEGIN(bugprone-macro-parentheses)
+// caller.
 #define GCBASE_DECLARE_EXCEPTION(name)                                                                       \
     class GCBASE_API name : public GenericException {                                                        \
     public:                                                                                                  \
@@ -46,7 +45,6 @@ private:
         name& operator=(const name& other);                                                                  \
         ~name() override;                                                                                    \
     }
-// NOLINTEND(bugprone-macro-parentheses)
 
 /// Memory could not be had.
 GCBASE_DECLARE_EXCEPTION(BadAllocException);
