@@ -26,17 +26,29 @@ public:
     void RequestResend(const ResendRequest&) override {}
 };
 
-} // namespace
-
-void FuzzVirtualCamera(const uint8_t* data, size_t size) {
+Config SmallCamera() {
     Config config;
     config.sensorWidth = 64;
     config.sensorHeight = 64;
+    return config;
+}
+
+// Made once, since making its XML takes longer than all else; each run finds it as the first did.
+struct Device {
     FaultPanel faults;
     CounterBoard counters;
-    DeviceModel model(config, faults, counters);
+    DeviceModel model{SmallCamera(), faults, counters};
+    const std::map<uint32_t, Bytes> fresh = model.Memory().Contents();
+};
+
+} // namespace
+
+void FuzzVirtualCamera(const uint8_t* data, size_t size) {
+    static Device device;
+    device.faults.Set({});
+    device.model.Memory().Restore(device.fresh);
     Answers answers;
-    GvcpResponder responder(model, faults, counters, answers);
+    GvcpResponder responder(device.model, device.faults, device.counters, answers);
     Clock::time_point now{};
     const uint8_t* const end = data + size;
     while (end - data >= 3) {
@@ -48,7 +60,7 @@ void FuzzVirtualCamera(const uint8_t* data, size_t size) {
         responder.NextDeadline();
         data += 3 + length;
     }
-    if (PayloadBytes(model.Settings()) == 0) // whatever was written, the settings still make a picture
+    if (PayloadBytes(device.model.Settings()) == 0) // whatever was written, the settings still make a picture
         std::abort();
 }
 

@@ -88,7 +88,7 @@ struct Config {
 struct Counters {
     uint64_t framesStarted = 0;
     uint64_t framesCompleted = 0; // the last packet was sent or dropped on purpose
-    uint64_t framesAborted = 0;   // cut off by a stop or a closed channel
+    uint64_t framesAborted = 0;   // cut off by a stop or a closed channel, or without a route
     uint64_t packetsOfFrames = 0; // that the frames started consist of
     uint64_t packetsSent = 0;     // put on the wire for the first time, resent ones included when they were
     uint64_t packetsDropped = 0;  // dropped on purpose, first attempts

@@ -161,6 +161,22 @@ TEST(RegisterMemory, StringsAreCutAndEndAtTheZero) {
     EXPECT_EQ(memory.GetBytes(0x10), (Bytes{'x', 0, 0, 0, 0, 0, 0, 0}));
 }
 
+TEST(RegisterMemory, IsKeptAndRestoredAsAWhole) {
+    RegisterMemory memory;
+    memory.Define32(0x10, 1, Access::ReadOnly);
+    memory.DefineString(0x20, 8, "abc", Access::ReadWrite);
+    const auto before = memory.Contents();
+    EXPECT_EQ(before.size(), 2u);
+    memory.Set32(0x10, 9);
+    memory.Replace(0x20, Bytes(16));
+    memory.Restore(before);
+    EXPECT_EQ(memory.Get32(0x10), 1u);
+    EXPECT_EQ(memory.GetBytes(0x20).size(), 8u);
+    EXPECT_EQ(memory.GetString(0x20), "abc");
+    memory.Restore({{0x40, Bytes(4)}});
+    EXPECT_EQ(memory.Contents(), before);
+}
+
 TEST(RegisterMemory, ReplaceChangesTheLengthButNeverOverlaps) {
     RegisterMemory memory;
     memory.Define(0x10, Bytes(4), Access::ReadOnly);

@@ -15,6 +15,7 @@ namespace {
 constexpr size_t kRingBytes = size_t{64} << 20;
 constexpr size_t kLeastRing = 4;
 constexpr size_t kMostRing = 32;
+constexpr size_t kMostResends = 4096;
 constexpr auto kSilentNap = std::chrono::milliseconds(10);
 } // namespace
 
@@ -140,6 +141,10 @@ bool StreamSender::IsBusy() const {
 void StreamSender::RequestResend(const ResendRequest& request) {
     m_counters.Add(&Counters::resendRequests);
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_resends.size() >= kMostResends) { // nobody needs so many; a flood shall not fill the memory
+        m_counters.Add(&Counters::resendsServed);
+        return;
+    }
     m_resends.push_back(request);
     m_wake.notify_all();
 }
@@ -323,11 +328,14 @@ void StreamSender::SendFrame(Slot& slot, const StreamSettings& settings) {
         ++counters.framesStarted;
         counters.packetsOfFrames += slot.packets;
     });
-    const bool connected = Connect(settings);
+    if (!Connect(settings)) { // no route: not a packet of it can leave
+        m_counters.Add(&Counters::framesAborted);
+        return;
+    }
     const Config& config = m_model.GetConfig();
     const PacketPacer pacer(Clock::now(), settings.packetSize, config.unpaced ? 0 : config.linkSpeedMbps,
                             settings.packetDelayNs);
-    while (slot.attempted < slot.packets && connected) {
+    while (slot.attempted < slot.packets) {
         if (m_abort) {
             m_counters.Add(&Counters::framesAborted);
             return;

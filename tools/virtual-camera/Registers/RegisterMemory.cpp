@@ -207,10 +207,21 @@ void RegisterMemory::Replace(uint32_t address, Bytes content) {
     found->second.content = std::move(content);
 }
 
-bool RegisterMemory::Has(uint32_t address, size_t length) const {
-    std::vector<Piece> pieces;
+std::map<uint32_t, Bytes> RegisterMemory::Contents() const {
+    std::map<uint32_t, Bytes> contents;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return const_cast<RegisterMemory*>(this)->Split(address, length, pieces) == Status::Success;
+    for (const auto& [address, target] : m_registers)
+        contents[address] = target.content;
+    return contents;
+}
+
+void RegisterMemory::Restore(const std::map<uint32_t, Bytes>& contents) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (const auto& [address, content] : contents) {
+        const auto found = m_registers.find(address);
+        if (found != m_registers.end())
+            found->second.content = content;
+    }
 }
 
 } // namespace vcam

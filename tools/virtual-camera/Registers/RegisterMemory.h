@@ -51,7 +51,9 @@ public:
     void SetDouble(uint32_t address, double value);
     void SetString(uint32_t address, const std::string& value); // cut to the register's length
     void Replace(uint32_t address, Bytes content);              // may change the length of the last register
-    bool Has(uint32_t address, size_t length) const;
+    // The content of every register, and back; for what a device keeps and restores as a whole. No hook runs.
+    std::map<uint32_t, Bytes> Contents() const;
+    void Restore(const std::map<uint32_t, Bytes>& contents); // addresses without a register are passed over
 
 private:
     struct Register {
