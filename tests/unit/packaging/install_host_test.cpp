@@ -149,6 +149,20 @@ TEST_F(InstallHost, ProgramsGetAndLoseTheCapability) {
     EXPECT_THAT(second.substr(0, second.find("undo")), Not(HasSubstr("may use")));
 }
 
+TEST_F(InstallHost, AProgramWithTheCapabilityStillFindsItsLibraries) {
+    // Such a program does not look beside itself: the lines before --packet-socket show that, those behind it
+    // that the system's list makes up for it, also for an ordinary user.
+    const Finished finished = OnACopy("B=" KOLT_BIN_DIR "\ncp $B/kolt_live $B/lib*.so /srv/kolt\n"
+                                      "U='setpriv --reuid 65534 --regid 65534 --clear-groups'\n"
+                                      "setcap cap_net_raw+ep /srv/kolt/kolt_live\n"
+                                      "$U /srv/kolt/kolt_live --version || echo before: $?\n"
+                                      "$I --packet-socket /srv/kolt\n$U /srv/kolt/kolt_live --version");
+    EXPECT_EQ(finished.exitCode, 0) << finished.output;
+    EXPECT_THAT(finished.output,
+                AllOf(HasSubstr("before: 127"), HasSubstr("control  /srv/kolt/libOvCameraControl.so"),
+                      HasSubstr("render          /srv/kolt/libOVRender.so")));
+}
+
 struct Unsafe {
     const char* name;
     const char* preparation;
