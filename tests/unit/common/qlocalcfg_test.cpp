@@ -219,8 +219,10 @@ TEST_F(Settings, TextsMayBeReadWhileTheyAreWritten) {
     QLocalCfg* cfg = QLocalCfg::Instance();
     std::atomic<bool> stop{false};
     std::thread reader([&] {
-        while (!stop)
-            ASSERT_TRUE(cfg->GetImgSavePreFileName().size() == 6 || cfg->GetImgSavePreFileName().size() == 3);
+        while (!stop) {
+            const int size = cfg->GetImgSavePreFileName().size();
+            ASSERT_TRUE(size == 6 || size == 3) << size;
+        }
     });
     for (int i = 0; i < 2000; ++i)
         cfg->SetImgSavePreFileName(i % 2 ? QString("Image_") : QString("abc"));
