@@ -111,6 +111,7 @@ Feature FeatureBuilder::Enumeration(const std::string& name, uint32_t address, u
                                     Access access, const std::vector<EnumValue>& entries,
                                     RegisterHooks hooks) {
     std::vector<uint32_t> values;
+    values.reserve(entries.size());
     for (const EnumValue& entry : entries)
         values.push_back(entry.value);
     hooks.check = All({OneOf(std::move(values)), hooks.check});
