@@ -9,11 +9,6 @@
 
 namespace vcam {
 
-size_t PictureBytes(const PictureSettings& settings) {
-    const PixelFormat* format = FindPixelFormat(settings.pixelFormat);
-    return format == nullptr ? 0 : format->BytesFor(size_t{settings.width} * settings.height);
-}
-
 std::array<uint16_t, 256> ToneCurve(const PictureSettings& settings) {
     const double factor = settings.exposure / kNominalExposure * std::pow(10.0, settings.gain / 20.0);
     std::array<uint16_t, 256> curve{};

@@ -2,6 +2,7 @@
 #ifndef VCAM_PICTURE_PAINTER_H
 #define VCAM_PICTURE_PAINTER_H
 
+#include "Picture/PictureSettings.h"
 #include "Picture/PixelFormat.h"
 #include "Picture/Scene.h"
 
@@ -10,35 +11,6 @@
 
 namespace vcam {
 
-enum class TestPattern : uint32_t {
-    Off = 0,
-    Black = 1,
-    White = 2,
-    HorizontalRamp = 3,
-    VerticalRamp = 4,
-    MovingRamp = 5,
-    ColourBars = 6
-};
-
-// All that decides how a frame looks, but for its number.
-struct PictureSettings {
-    uint32_t width = 0, height = 0, offsetX = 0, offsetY = 0;
-    uint32_t pixelFormat = 0;
-    bool reverseX = false, reverseY = false;
-    TestPattern testPattern = TestPattern::Off;
-    double exposure = 0; // microseconds
-    double gain = 0;     // decibels
-
-    bool operator==(const PictureSettings& o) const {
-        return width == o.width && height == o.height && offsetX == o.offsetX && offsetY == o.offsetY &&
-               pixelFormat == o.pixelFormat && reverseX == o.reverseX && reverseY == o.reverseY &&
-               testPattern == o.testPattern && exposure == o.exposure && gain == o.gain;
-    }
-};
-
-constexpr double kNominalExposure = 4000.0; // with gain 0 the scene comes out as it is
-
-size_t PictureBytes(const PictureSettings& settings);
 // What becomes of a scene component of 8 bits, in 12 bits.
 std::array<uint16_t, 256> ToneCurve(const PictureSettings& settings);
 
