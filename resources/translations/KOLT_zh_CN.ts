@@ -1,0 +1,242 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="zh_CN" sourcelanguage="en">
+<context>
+    <name>QCamera</name>
+    <message>
+        <source>The GigE driver is enabled.</source>
+        <translation>GigE 驱动已启用。</translation>
+    </message>
+    <message>
+        <source>The GigE driver is not enabled or uninstalled.</source>
+        <translation>GigE 驱动未启用或未安装。</translation>
+    </message>
+    <message>
+        <source>Failed to save the captured image.(%1)</source>
+        <translation>保存抓拍图像失败。（%1）</translation>
+    </message>
+    <message>
+        <source>Images captured.</source>
+        <translation>图像抓拍完成。</translation>
+    </message>
+    <message>
+        <source>Hint</source>
+        <translation>提示</translation>
+    </message>
+</context>
+<context>
+    <name>QFunction</name>
+    <message>
+        <source>Operation failed.</source>
+        <translation>操作失败。</translation>
+    </message>
+    <message>
+        <source>Application memory failed.</source>
+        <translation>申请内存失败。</translation>
+    </message>
+    <message>
+        <source>Startup thread failed.</source>
+        <translation>启动线程失败。</translation>
+    </message>
+    <message>
+        <source>Null pointer return.</source>
+        <translation>返回空指针。</translation>
+    </message>
+    <message>
+        <source>Failed to create the device.</source>
+        <translation>创建设备失败。</translation>
+    </message>
+    <message>
+        <source>Failed to connect the camera.</source>
+        <translation>连接相机失败。</translation>
+    </message>
+    <message>
+        <source>Failed to get the XML file.</source>
+        <translation>获取 XML 文件失败。</translation>
+    </message>
+    <message>
+        <source>Failed to get the frame data.</source>
+        <translation>获取帧数据失败。</translation>
+    </message>
+    <message>
+        <source>Failed to start capturing.</source>
+        <translation>开始采集失败。</translation>
+    </message>
+    <message>
+        <source>Failed to stop capturing.</source>
+        <translation>停止采集失败。</translation>
+    </message>
+    <message>
+        <source>Failed to get TL proxy.</source>
+        <translation>获取传输层（TL）代理失败。</translation>
+    </message>
+    <message>
+        <source>Failed to generate node mapping.</source>
+        <translation>生成节点映射失败。</translation>
+    </message>
+    <message>
+        <source>Failed to display the image in the specified region of selected window.</source>
+        <translation>在所选窗口的指定区域显示图像失败。</translation>
+    </message>
+    <message>
+        <source>Failed to get the color.</source>
+        <translation>获取颜色失败。</translation>
+    </message>
+    <message>
+        <source>Failed to get the device information.</source>
+        <translation>获取设备信息失败。</translation>
+    </message>
+    <message>
+        <source>Opening XML file failed.</source>
+        <translation>打开 XML 文件失败。</translation>
+    </message>
+    <message>
+        <source>The live view is not enabled.</source>
+        <translation>未开启实时预览。</translation>
+    </message>
+    <message>
+        <source>Pixel format is not supported.</source>
+        <translation>不支持该像素格式。</translation>
+    </message>
+    <message>
+        <source>Saving picture failed.</source>
+        <translation>保存图片失败。</translation>
+    </message>
+    <message>
+        <source>Failed to create handle of stream media library.</source>
+        <translation>创建流媒体库句柄失败。</translation>
+    </message>
+    <message>
+        <source>The device is unreachable. Please modify its IP address with IP configurator.</source>
+        <translation>设备不可达，请使用 IP 配置工具修改其 IP 地址。</translation>
+    </message>
+    <message>
+        <source>Please ensure that device is inserted in the USB 3.0 port of the PC.</source>
+        <translation>请确认设备已插入计算机的 USB 3.0 接口。</translation>
+    </message>
+    <message>
+        <source>No frame data.</source>
+        <translation>无帧数据。</translation>
+    </message>
+    <message>
+        <source>File operation failed.Please make sure HDD is not full.</source>
+        <translation>文件操作失败，请确认硬盘未满。</translation>
+    </message>
+    <message>
+        <source>Invalid path.</source>
+        <translation>路径无效。</translation>
+    </message>
+    <message>
+        <source>No permission.</source>
+        <translation>没有权限。</translation>
+    </message>
+    <message>
+        <source>No support image format.</source>
+        <translation>不支持该图像格式。</translation>
+    </message>
+    <message>
+        <source>Incorrect or invalid handle.</source>
+        <translation>句柄错误或无效。</translation>
+    </message>
+    <message>
+        <source>Not supported.</source>
+        <translation>不支持。</translation>
+    </message>
+    <message>
+        <source>Buffer is full.The resolution is not supported.</source>
+        <translation>缓冲区已满，不支持该分辨率。</translation>
+    </message>
+    <message>
+        <source>Calling function error.</source>
+        <translation>函数调用错误。</translation>
+    </message>
+    <message>
+        <source>Incorrect parameters.</source>
+        <translation>参数错误。</translation>
+    </message>
+    <message>
+        <source>Failed to get the resource..</source>
+        <translation>获取资源失败。</translation>
+    </message>
+    <message>
+        <source>Network error. Please modify the camera IP address with IP configurator to ensure the camera is reachable.</source>
+        <translation>网络错误，请使用 IP 配置工具修改相机 IP 地址，确保相机可达。</translation>
+    </message>
+    <message>
+        <source>No data.</source>
+        <translation>无数据。</translation>
+    </message>
+    <message>
+        <source>Precondition error or the running environment has changed. Please ensure that the device is not in use.</source>
+        <translation>前置条件错误或运行环境已改变，请确认设备未被占用。</translation>
+    </message>
+    <message>
+        <source>Packet error.</source>
+        <translation>数据包错误。</translation>
+    </message>
+    <message>
+        <source>Version error. Please ensure the driver version and SDK version match exactly.</source>
+        <translation>版本错误，请确认驱动版本与 SDK 版本完全一致。</translation>
+    </message>
+    <message>
+        <source>IP address conflicted. Please check whether there is camera with the same IP address in the subnet.</source>
+        <translation>IP 地址冲突，请检查子网内是否有相同 IP 地址的相机。</translation>
+    </message>
+    <message>
+        <source>GenIcam: General error.</source>
+        <translation>GenICam：一般错误。</translation>
+    </message>
+    <message>
+        <source>GenIcam: Invalid parameter.</source>
+        <translation>GenICam：参数无效。</translation>
+    </message>
+    <message>
+        <source>GenIcam: Parameter is out of range.</source>
+        <translation>GenICam：参数超出范围。</translation>
+    </message>
+    <message>
+        <source>GenIcam: Attribute error.</source>
+        <translation>GenICam：属性错误。</translation>
+    </message>
+    <message>
+        <source>GenIcam: Running environment error.</source>
+        <translation>GenICam：运行环境错误。</translation>
+    </message>
+    <message>
+        <source>GenIcam: Logical error.</source>
+        <translation>GenICam：逻辑错误。</translation>
+    </message>
+    <message>
+        <source>GenIcam: Access permission error.</source>
+        <translation>GenICam：访问权限错误。</translation>
+    </message>
+    <message>
+        <source>GenIcam: Timeout.</source>
+        <translation>GenICam：超时。</translation>
+    </message>
+    <message>
+        <source>GenIcam: Transforming error.</source>
+        <translation>GenICam：转换错误。</translation>
+    </message>
+    <message>
+        <source>Invalid address.</source>
+        <translation>地址无效。</translation>
+    </message>
+    <message>
+        <source>The address is read only.</source>
+        <translation>该地址只读。</translation>
+    </message>
+    <message>
+        <source>Failed to get the permission. The device is in use.</source>
+        <translation>获取权限失败，设备已被占用。</translation>
+    </message>
+    <message>
+        <source>Failed to connect the camera. Network error.</source>
+        <translation>连接相机失败，网络错误。</translation>
+    </message>
+    <message>
+        <source>Unknown error. Failed to connect the camera.</source>
+        <translation>未知错误，连接相机失败。</translation>
+    </message>
+</context>
+</TS>
