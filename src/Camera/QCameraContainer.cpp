@@ -38,20 +38,44 @@ QCameraContainer::~QCameraContainer() {
     m_cameras.clear();
 }
 
-QCamera* QCameraContainer::GetCamera(long id) {
+QCamera* QCameraContainer::Find(long id) const {
     if (id < 0)
         return nullptr;
-    const QMutexLocker lock(&m_mutex);
     const auto found =
         std::find_if(m_cameras.begin(), m_cameras.end(), [id](QCamera* c) { return c->GetCameraID() == id; });
     return found == m_cameras.end() ? nullptr : *found;
 }
 
-QCamera* QCameraContainer::GetCameraByIndex(int index) {
-    const QMutexLocker lock(&m_mutex);
+QCamera* QCameraContainer::FindByIndex(int index) const {
     if (index < 0 || index >= static_cast<int>(m_cameras.size()))
         return nullptr;
     return m_cameras[static_cast<size_t>(index)];
+}
+
+QCamera* QCameraContainer::GetCamera(long id) {
+    const QMutexLocker lock(&m_mutex);
+    return Find(id);
+}
+
+QCamera* QCameraContainer::GetCameraByIndex(int index) {
+    const QMutexLocker lock(&m_mutex);
+    return FindByIndex(index);
+}
+
+QCamera* QCameraContainer::AcquireCamera(long id) {
+    const QMutexLocker lock(&m_mutex);
+    QCamera* camera = Find(id);
+    if (camera)
+        camera->AddRef();
+    return camera;
+}
+
+QCamera* QCameraContainer::AcquireCameraByIndex(int index) {
+    const QMutexLocker lock(&m_mutex);
+    QCamera* camera = FindByIndex(index);
+    if (camera)
+        camera->AddRef();
+    return camera;
 }
 
 QCamera* QCameraContainer::GetCameraByIP(unsigned int ip) {

@@ -24,6 +24,10 @@ public:
     QCamera* GetCameraByIndex(int index);
     QCamera* GetCameraByIP(unsigned int ip);
     int GetTotalCameraNum();
+    // The same with a reference added before anybody else can delete the camera; the caller's to release
+    // (CCameraRef does).
+    QCamera* AcquireCamera(long id);
+    QCamera* AcquireCameraByIndex(int index);
 
     // The current camera's id, -1 for none.
     void SetCurrentCameraID(long id);
@@ -36,6 +40,9 @@ public:
 
 private:
     QCameraContainer();
+    // Under m_mutex.
+    QCamera* Find(long id) const;
+    QCamera* FindByIndex(int index) const;
 
     std::vector<QCamera*> m_cameras; // in order of addition; guarded by m_mutex
     QMutex m_mutex;                  // taken alone; held while a reference is released

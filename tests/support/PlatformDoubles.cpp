@@ -47,6 +47,11 @@ void PlatformDoubles::Reset(const std::string& xml) {
     m_xmlLength = static_cast<uint32_t>(xml.size());
     m_proxy = true;
     m_deviceInfo = {};
+    m_devices.clear();
+    m_listed.clear();
+    m_transportMask = 0;
+    m_handleRecord = {};
+    m_forcedIp = 0;
     m_frames.clear();
     m_freeRunMicroseconds = 0;
     m_grabbing = false;
@@ -195,6 +200,11 @@ void PlatformDoubles::SetDeviceInfo(const _OV_CC_DEVICE_INFO_& info) {
     m_deviceInfo = info;
 }
 
+void PlatformDoubles::SetDevices(const std::vector<_OV_CC_DEVICE_INFO_>& devices) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_devices = devices;
+}
+
 void PlatformDoubles::PushFrame(const DoubleFrame& frame) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_frames.push_back(frame);
@@ -235,6 +245,9 @@ void PlatformDoubles::Disconnect(uint32_t message) {
     }
 using PictureSize = std::pair<uint32_t, uint32_t>;
 using Rects = std::pair<tagVRRectF, tagVRRectF>;
+KOLT_DOUBLE_GETTER(uint32_t, LastTransportMask, m_transportMask)
+KOLT_DOUBLE_GETTER(_OV_CC_DEVICE_INFO_, LastHandleRecord, m_handleRecord)
+KOLT_DOUBLE_GETTER(uint32_t, LastForcedIp, m_forcedIp)
 KOLT_DOUBLE_GETTER(uint32_t, LastThrowAbnormal, m_throwAbnormal)
 KOLT_DOUBLE_GETTER(uint32_t, LastImageNodeNum, m_imageNodes)
 KOLT_DOUBLE_GETTER(std::vector<uint32_t>, FrameTimeouts, m_timeouts)
@@ -301,23 +314,38 @@ uint32_t Enter(const char* name, uint32_t otherwise = 0) {
 // --- libOvCameraControl
 // -----------------------------------------------------------------------------------------------------
 
-uint32_t OV_CC_EnumDevices(uint32_t, _OV_CC_DEVICE_INFO_LIST_*) {
-    return Enter("OV_CC_EnumDevices");
+uint32_t OV_CC_EnumDevices(uint32_t mask, _OV_CC_DEVICE_INFO_LIST_* list) {
+    const uint32_t status = Enter("OV_CC_EnumDevices");
+    DoubleAccess::With([=](PlatformDoubles& d) {
+        d.m_transportMask = mask;
+        d.m_listed.clear();
+        if (status != OV_STATUS_OK)
+            return;
+        for (const _OV_CC_DEVICE_INFO_& device : d.m_devices) {
+            if (d.m_listed.size() == OV_MAX_DEVICES)
+                break;
+            d.m_listed.push_back(std::make_unique<_OV_CC_DEVICE_INFO_>(device));
+            list->devices[d.m_listed.size() - 1] = d.m_listed.back().get();
+        }
+        list->deviceCount = static_cast<uint32_t>(d.m_listed.size());
+    });
+    return status;
 }
 
-static uint32_t CreateHandle(const char* name, void** handle) {
+static uint32_t CreateHandle(const char* name, void** handle, const _OV_CC_DEVICE_INFO_* device) {
+    DoubleAccess::With([device](PlatformDoubles& d) { d.m_handleRecord = *device; });
     const uint32_t status = Enter(name);
     if (status == OV_STATUS_OK)
         *handle = PlatformDoubles::Get().NewHandle('c');
     return status;
 }
 
-uint32_t OV_CC_CreateHandle(void** handle, const _OV_CC_DEVICE_INFO_*) {
-    return CreateHandle("OV_CC_CreateHandle", handle);
+uint32_t OV_CC_CreateHandle(void** handle, const _OV_CC_DEVICE_INFO_* device) {
+    return CreateHandle("OV_CC_CreateHandle", handle, device);
 }
 
-uint32_t OV_CC_CreateHandleWithoutLog(void** handle, const _OV_CC_DEVICE_INFO_*) {
-    return CreateHandle("OV_CC_CreateHandleWithoutLog", handle);
+uint32_t OV_CC_CreateHandleWithoutLog(void** handle, const _OV_CC_DEVICE_INFO_* device) {
+    return CreateHandle("OV_CC_CreateHandleWithoutLog", handle, device);
 }
 
 uint32_t OV_CC_DestroyHandle(void* handle) {
@@ -404,7 +432,8 @@ uint32_t OV_CC_GetAllMatchInfo(void*, _OV_ALL_MATCH_INFO_*) {
     return Enter("OV_CC_GetAllMatchInfo");
 }
 
-uint32_t OV_GIGE_ForceIp(void*, uint32_t) {
+uint32_t OV_GIGE_ForceIp(void*, uint32_t ip) {
+    DoubleAccess::With([ip](PlatformDoubles& d) { d.m_forcedIp = ip; });
     return Enter("OV_GIGE_ForceIp");
 }
 

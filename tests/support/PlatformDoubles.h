@@ -62,6 +62,11 @@ public:
     // As OV_XML_GetGenICamXML reports it; by default the XML's own length.
     void SetXmlLength(uint32_t length);
     void SetDeviceInfo(const _OV_CC_DEVICE_INFO_& info);
+    // What OV_CC_EnumDevices lists, 256 at most; none after Reset.
+    void SetDevices(const std::vector<_OV_CC_DEVICE_INFO_>& devices);
+    uint32_t LastTransportMask() const;
+    _OV_CC_DEVICE_INFO_ LastHandleRecord() const; // of OV_CC_CreateHandle and OV_CC_CreateHandleWithoutLog
+    uint32_t LastForcedIp() const;
     void PushFrame(const DoubleFrame& frame);
     // From now on each wait for a frame gets one of these after `microseconds`.
     void SetFreeRun(const DoubleFrame& frame, unsigned microseconds);
@@ -111,6 +116,12 @@ public:
     bool m_proxy = true;
     uint32_t m_xmlLength = 0;
     _OV_CC_DEVICE_INFO_ m_deviceInfo{};
+    std::vector<_OV_CC_DEVICE_INFO_> m_devices;
+    // Made anew by each enumeration, so that a record kept beyond the next one is noticed by the sanitizer.
+    std::vector<std::unique_ptr<_OV_CC_DEVICE_INFO_>> m_listed;
+    uint32_t m_transportMask = 0;
+    _OV_CC_DEVICE_INFO_ m_handleRecord{};
+    uint32_t m_forcedIp = 0;
     std::deque<DoubleFrame> m_frames;
     DoubleFrame m_freeRun;
     unsigned m_freeRunMicroseconds = 0;
