@@ -1,0 +1,26 @@
+// Push buttons that carry an index: one slot of the receiver serves a whole row of them.
+#pragma once
+
+#include <QPushButton>
+
+// The plain one.
+class QPushButtonEx : public QPushButton {
+    Q_OBJECT
+
+public:
+    explicit QPushButtonEx(QWidget* parent = nullptr);
+    explicit QPushButtonEx(const QString& text, QWidget* parent = nullptr);
+
+    void SetIndex(int nIndex) { m_nIndex = nIndex; }
+    int GetIndex() const { return m_nIndex; }
+
+Q_SIGNALS:
+    // At each click, after clicked().
+    void SigOnClickedButton(int nIndex);
+
+private Q_SLOTS:
+    void OnClicked();
+
+private:
+    int m_nIndex = -1;
+};

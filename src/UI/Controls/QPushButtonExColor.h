@@ -1,0 +1,25 @@
+// The coloured push button, for the one action that a page or dialog is about.
+#pragma once
+
+#include <QPushButton>
+
+class QPushButtonExColor : public QPushButton {
+    Q_OBJECT
+
+public:
+    explicit QPushButtonExColor(QWidget* parent = nullptr);
+    explicit QPushButtonExColor(const QString& text, QWidget* parent = nullptr);
+
+    void SetIndex(int nIndex) { m_nIndex = nIndex; }
+    int GetIndex() const { return m_nIndex; }
+
+Q_SIGNALS:
+    // At each click, after clicked().
+    void SigOnClickedButton(int nIndex);
+
+private Q_SLOTS:
+    void OnClicked();
+
+private:
+    int m_nIndex = -1;
+};
