@@ -19,7 +19,7 @@ std::shared_ptr<const Scene> SharedScene(const Config& config) {
     const std::lock_guard<std::mutex> lock(mutex);
     std::shared_ptr<const Scene> scene = scenes[key].lock();
     if (!scene) {
-        scene = std::make_shared<Scene>(config.sensorWidth, config.sensorHeight, config.serial);
+        scene = std::make_shared<AreaScene>(config.sensorWidth, config.sensorHeight, config.serial);
         scenes[key] = scene;
     }
     return scene;

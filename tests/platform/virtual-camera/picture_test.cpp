@@ -21,8 +21,8 @@ constexpr uint32_t kHeight = 240;
 constexpr uint32_t kRgb = 0x02180014;
 constexpr uint32_t kMono = 0x01080001;
 
-std::shared_ptr<const vcam::Scene> TheScene() {
-    static const auto scene = std::make_shared<const vcam::Scene>(kWidth, kHeight, "VC000001");
+std::shared_ptr<const vcam::AreaScene> TheScene() {
+    static const auto scene = std::make_shared<const vcam::AreaScene>(kWidth, kHeight, "VC000001");
     return scene;
 }
 
@@ -281,7 +281,7 @@ TEST(Picture, TestPatternsAreIndependentOfTheScene) {
 TEST(Picture, FitsEverySensor) {
     for (const auto& [width, height] :
          {std::pair(1920u, 1080u), {2448u, 2048u}, {64u, 64u}, {4096u, 64u}, {64u, 4096u}}) {
-        const auto scene = std::make_shared<const vcam::Scene>(width, height, "VC000001");
+        const auto scene = std::make_shared<const vcam::AreaScene>(width, height, "VC000001");
         PictureSettings settings = Whole(kRgb);
         settings.width = width;
         settings.height = height;

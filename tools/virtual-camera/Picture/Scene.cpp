@@ -24,19 +24,18 @@ uint32_t Share(uint32_t whole, uint32_t thousandths) {
     return static_cast<uint32_t>(uint64_t{whole} * thousandths / 1000);
 }
 
-// Fills the part of [from, to) that lies in the row [x0, x1).
+bool InRows(const Rect& place, uint32_t y) {
+    return y >= place.y && y < place.y + place.height;
+}
+
+} // namespace
+
 void Span(Rgb8* row, uint32_t x0, uint32_t x1, uint32_t from, uint32_t to, Rgb8 colour) {
     from = std::max(from, x0);
     to = std::min(to, x1);
     for (uint32_t x = from; x < to; ++x)
         row[x - x0] = colour;
 }
-
-bool InRows(const Rect& place, uint32_t y) {
-    return y >= place.y && y < place.y + place.height;
-}
-
-} // namespace
 
 std::vector<ScenePatch> SceneGeometry::Patches() const {
     struct Named {
@@ -86,13 +85,13 @@ Rect SceneGeometry::StripSquare(uint32_t bit) const {
     return {strip.x + (kStripBits - 1 - bit) * square, strip.y, square, strip.height};
 }
 
-Scene::Scene(uint32_t width, uint32_t height, const std::string& label)
+AreaScene::AreaScene(uint32_t width, uint32_t height, const std::string& label)
     : m_geometry(width, height), m_still(size_t{width} * height) {
     DrawBackground();
     DrawMarks(label);
 }
 
-void Scene::Fill(Rect place, Rgb8 colour) {
+void AreaScene::Fill(Rect place, Rgb8 colour) {
     const uint32_t width = m_geometry.Width();
     const uint32_t right = std::min(place.x + place.width, width);
     const uint32_t bottom = std::min(place.y + place.height, m_geometry.Height());
@@ -102,7 +101,7 @@ void Scene::Fill(Rect place, Rgb8 colour) {
     }
 }
 
-void Scene::Text(uint32_t x, uint32_t y, uint32_t scale, const std::string& text, Rgb8 colour) {
+void AreaScene::Text(uint32_t x, uint32_t y, uint32_t scale, const std::string& text, Rgb8 colour) {
     for (const char character : text) {
         for (uint32_t row = 0; row < kGlyphRows; ++row) {
             for (uint32_t column = 0; column < 5; ++column) {
@@ -114,7 +113,7 @@ void Scene::Text(uint32_t x, uint32_t y, uint32_t scale, const std::string& text
     }
 }
 
-void Scene::DrawBackground() {
+void AreaScene::DrawBackground() {
     const uint32_t width = m_geometry.Width();
     const uint32_t height = m_geometry.Height();
     const uint32_t grid = std::max(8u, width / 24);
@@ -136,7 +135,7 @@ void Scene::DrawBackground() {
     }
 }
 
-void Scene::DrawMarks(const std::string& label) {
+void AreaScene::DrawMarks(const std::string& label) {
     const uint32_t width = m_geometry.Width();
     const uint32_t height = m_geometry.Height();
     const uint32_t mark = std::max(4u, std::min(width, height) / 14);
@@ -167,18 +166,23 @@ void Scene::DrawMarks(const std::string& label) {
     Fill(m_geometry.MotionBand(), kBandGround);
 }
 
-void Scene::Row(uint32_t y, uint32_t x0, uint32_t x1, double phase, uint32_t number, Rgb8* to) const {
+std::vector<CounterPlace> AreaScene::Counters() const {
+    const Rect strip = m_geometry.StripPlace();
+    return {{m_geometry.CounterPlace(), m_geometry.GlyphScale()}, {strip, strip.height}};
+}
+
+void AreaScene::Row(uint32_t y, uint32_t x0, uint32_t x1, const Moment& moment, Rgb8* to) const {
     const Rgb8* still = m_still.data() + size_t{y} * m_geometry.Width();
     std::copy(still + x0, still + x1, to);
     if (InRows(m_geometry.MotionBand(), y))
-        RowMotion(y, x0, x1, phase, to);
+        RowMotion(y, x0, x1, static_cast<double>(moment.phase) / moment.phases, to);
     if (InRows(m_geometry.CounterPlace(), y))
-        RowCounter(y, x0, x1, number, to);
+        RowCounter(y, x0, x1, moment.number, to);
     if (InRows(m_geometry.StripPlace(), y))
-        RowStrip(y, x0, x1, number, to);
+        RowStrip(y, x0, x1, moment.number, to);
 }
 
-void Scene::RowMotion(uint32_t y, uint32_t x0, uint32_t x1, double phase, Rgb8* to) const {
+void AreaScene::RowMotion(uint32_t y, uint32_t x0, uint32_t x1, double phase, Rgb8* to) const {
     const Rect band = m_geometry.MotionBand();
     const uint32_t barWidth = std::max(2u, band.width / 100);
     const auto bar = band.x + static_cast<uint32_t>(phase * (band.width - barWidth));
@@ -196,7 +200,7 @@ void Scene::RowMotion(uint32_t y, uint32_t x0, uint32_t x1, double phase, Rgb8* 
          static_cast<uint32_t>(centreX + half), kBall);
 }
 
-void Scene::RowCounter(uint32_t y, uint32_t x0, uint32_t x1, uint32_t number, Rgb8* to) const {
+void AreaScene::RowCounter(uint32_t y, uint32_t x0, uint32_t x1, uint32_t number, Rgb8* to) const {
     const Rect place = m_geometry.CounterPlace();
     const uint32_t scale = m_geometry.GlyphScale();
     const uint32_t row = (y - place.y) / scale;
@@ -212,7 +216,7 @@ void Scene::RowCounter(uint32_t y, uint32_t x0, uint32_t x1, uint32_t number, Rg
     }
 }
 
-void Scene::RowStrip(uint32_t, uint32_t x0, uint32_t x1, uint32_t number, Rgb8* to) const {
+void AreaScene::RowStrip(uint32_t, uint32_t x0, uint32_t x1, uint32_t number, Rgb8* to) const {
     for (uint32_t bit = 0; bit < kStripBits; ++bit) {
         const Rect square = m_geometry.StripSquare(bit);
         Span(to, x0, x1, square.x, square.x + square.width, ((number >> bit) & 1) != 0 ? kWhite : kBlack);
