@@ -166,6 +166,8 @@ public:
     float GetActualFrameRate();
     float GetActualDisplayRate() const { return m_fActualDisplayRate; }
     float GetActualBandWidth();
+    // The library's counts since the start of grabbing: 0, or its status; -4 without a handle.
+    int GetMatchInfoNetDetect(_OV_MATCH_INFO_NET_DETECT_* counts);
     // Copies frame-size bytes of the newest frame; `size` is ignored.
     void GetFrameBuf(uint8_t* buffer, uint32_t size);
     uint32_t GetFrameSize() const { return m_nFrameSize; }

@@ -168,6 +168,16 @@ void QCamera::ClearRevFrameNum() {
     m_displayMeter.ClearMark();
 }
 
+int QCamera::GetMatchInfoNetDetect(_OV_MATCH_INFO_NET_DETECT_* counts) {
+    if (!counts || !m_pHandle)
+        return -4;
+    _OV_ALL_MATCH_INFO_ query{};
+    query.type = OV_MATCH_INFO_NET_DETECT;
+    query.info = counts;
+    query.infoSize = sizeof *counts;
+    return static_cast<int>(OV_CC_GetAllMatchInfo(m_pHandle, &query));
+}
+
 _CAMERA_COUNTERS_ QCamera::GetCounters() const {
     _CAMERA_COUNTERS_ counters;
     counters.received = m_nReceived;

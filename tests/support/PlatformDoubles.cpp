@@ -428,8 +428,15 @@ void* OV_CC_GetTlProxy(void*) {
     return proxy;
 }
 
-uint32_t OV_CC_GetAllMatchInfo(void*, _OV_ALL_MATCH_INFO_*) {
-    return Enter("OV_CC_GetAllMatchInfo");
+uint32_t OV_CC_GetAllMatchInfo(void*, _OV_ALL_MATCH_INFO_* query) {
+    const uint32_t status = Enter("OV_CC_GetAllMatchInfo");
+    if (status == OV_STATUS_OK && query->type == OV_MATCH_INFO_NET_DETECT &&
+        query->infoSize == sizeof(_OV_MATCH_INFO_NET_DETECT_)) {
+        auto* counts = static_cast<_OV_MATCH_INFO_NET_DETECT_*>(query->info);
+        counts->receivedBytes = 123456789012;
+        counts->lostPackets = 17;
+    }
+    return status;
 }
 
 uint32_t OV_GIGE_ForceIp(void*, uint32_t ip) {

@@ -123,6 +123,13 @@ const std::vector<Option>& Table() {
              o.reconnect = true;
              return std::string();
          }},
+        {"core", nullptr,
+         "show the picture through the main program's camera core (QCamera), with settings of its\n"
+         "own, instead of the C contract alone",
+         [](Options& o, const std::string&) {
+             o.core = true;
+             return std::string();
+         }},
         {"engine", "1|2", "render engine: 1 OpenGL where there is hardware for it (default), 2 software",
          [](Options& o, const std::string& v) { return SetNumber<uint32_t>(v, 1, 2, o.engine); }},
         {"interpolation", "0|1|2", "Bayer colours: 0 nearest, 1 bilinear (default), 2 Hamilton-Adams",
@@ -150,6 +157,12 @@ std::string CheckTogether(const Options& options) {
         return "--screenshot wants a window: leave out --headless and --save";
     if (options.reconnect && options.Headless())
         return "--reconnect is for the window: leave out --headless and --save";
+    if (options.core && options.Headless())
+        return "--core wants a window: leave out --headless and --save";
+    if (options.core && options.reconnect)
+        return "--core does not reconnect: leave out --reconnect";
+    if (options.core && options.displayRate != 30 && options.displayRate != 60)
+        return "--core shows 30 or 60 pictures a second: --display-rate 30 or 60";
     return {};
 }
 
@@ -213,6 +226,7 @@ std::string HelpText() {
     }
     text +=
         "\nIn the window: q or Esc ends, r and l turn the picture.\n"
+        "With --core a fault that plain kolt_live does not have is one of the main program's camera core.\n"
         "The figures: frames in all and per second, megabytes per second received, pictures shown per\n"
         "second, packets lost and sent again, frames in error, frames for which no buffer was free (all of\n"
         "them since the start), and the processor time of this program (100 % is one core).\n"

@@ -28,6 +28,7 @@ struct Options {
     uint32_t packetBytes = 0; ///< with PacketSize::Fixed
     bool dropIncomplete = false;
     bool reconnect = false;
+    bool core = false; ///< through QCamera
 
     /// No window is wanted: frames are only fetched.
     bool Headless() const { return headlessFrames.has_value() || !saveFile.empty(); }

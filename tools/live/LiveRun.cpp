@@ -43,7 +43,7 @@ int LiveRun::Run() {
     }
     begin_ = Clock::now();
     int exitCode = exitDone;
-    std::optional<DeviceRecord> device = Choose(exitCode);
+    std::optional<DeviceRecord> device = ChooseCamera(options_, exitCode);
     while (device) {
         exitCode = Open(*device);
         if (exitCode == exitDone)
@@ -55,14 +55,19 @@ int LiveRun::Run() {
     return exitCode;
 }
 
-std::optional<DeviceRecord> LiveRun::Choose(int& exitCode) {
+std::string LostText() {
+    return "the camera is lost: it does not answer any more, or another host took its control\n"
+           "  hint: check its power and cable";
+}
+
+std::optional<DeviceRecord> ChooseCamera(const Options& options, int& exitCode) {
     std::vector<DeviceRecord> devices;
     if (const Failure failure = ListDevices(devices)) {
         Complain(Describe(failure));
         exitCode = exitFailed;
         return std::nullopt;
     }
-    const Selection selection = SelectCamera(devices, options_.selector, IsFree);
+    const Selection selection = SelectCamera(devices, options.selector, IsFree);
     if (!selection.error.empty()) {
         Complain(selection.error);
         exitCode = exitNoCamera;
@@ -141,8 +146,7 @@ std::optional<int> LiveRun::EndOfStream() {
     if (session_.IsLimitReached())
         return exitDone;
     if (session_.IsLost()) {
-        Complain("the camera is lost: it does not answer any more, or another host took its control\n"
-                 "  hint: check its power and cable; --reconnect waits until it is back");
+        Complain(LostText() + "; --reconnect waits until it is back");
         return exitLost;
     }
     const bool isOver = isStopWanted_ || Clock::now() >= Deadline();

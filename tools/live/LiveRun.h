@@ -28,6 +28,12 @@ enum ExitCode : int {
 /// Prints the table of devices; an exit code.
 int RunList();
 
+/// The camera that the options name; nothing, with the exit code set and the reason said, when there is none.
+std::optional<DeviceRecord> ChooseCamera(const Options& options, int& exitCode);
+
+/// What is said when the camera is lost.
+std::string LostText();
+
 /// One run of the program with a camera: chooses, opens, shows or counts, says the figures once a second, and
 /// ends by key, signal, time, number of frames or the camera's loss. Everything but the fetching of frames
 /// happens on the calling thread, which sleeps until one of its descriptors has something to say.
@@ -42,8 +48,6 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    /// The camera to use; nothing, with the exit code set, when there is none.
-    std::optional<DeviceRecord> Choose(int& exitCode);
     /// True when the camera that was lost is in sight again; false when the user ended the wait.
     bool WaitForReturn(DeviceRecord& device);
     int Open(const DeviceRecord& device);

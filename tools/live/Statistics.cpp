@@ -82,6 +82,11 @@ std::string StatisticsLine(const Sample& start, const Sample& before, const Samp
     return Line(SecondsBetween(start, now), now, RatesBetween(before, now));
 }
 
+std::string TitleFigures(const Rates& rates, const Sample& now) {
+    return Format("%.1f fps - %.1f MB/s - lost %" PRId64, rates.frames, rates.megabytes,
+                  now.transport ? now.transport->lostPackets : 0);
+}
+
 std::string SummaryLine(const Sample& start, const Sample& now) {
     return "in all " + Line(SecondsBetween(start, now), now, RatesBetween(start, now));
 }

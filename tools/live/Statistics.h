@@ -45,6 +45,9 @@ Rates RatesBetween(const Sample& before, const Sample& now);
 /// One line for the terminal: rates since `before`, counts since the start of the stream.
 std::string StatisticsLine(const Sample& start, const Sample& before, const Sample& now);
 
+/// The few figures that a window's title has room for.
+std::string TitleFigures(const Rates& rates, const Sample& now);
+
 /// The last line: rates over the whole run.
 std::string SummaryLine(const Sample& start, const Sample& now);
 

@@ -3,8 +3,6 @@
 #include "PictureFile.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <thread>
 
 namespace live {
@@ -64,16 +62,16 @@ void Viewer::SetTitle(const std::string& camera, const std::string& state) {
 }
 
 void Viewer::SetTitle(const std::string& camera, const Rates& rates, const Sample& sample) {
-    std::array<char, 96> figures{};
-    std::snprintf(figures.data(), figures.size(), "%.1f fps - %.1f MB/s - lost %lld", rates.frames,
-                  rates.megabytes,
-                  static_cast<long long>(sample.transport ? sample.transport->lostPackets : 0));
-    SetTitle(camera, (format_.empty() ? "" : format_ + " - ") + figures.data());
+    SetTitle(camera, (format_.empty() ? "" : format_ + " - ") + TitleFigures(rates, sample));
 }
 
 std::string Viewer::Screenshot(const std::string& path) {
     if (drawn_ == 0)
         return "no screenshot: no picture came";
+    return SaveWindow(*window_, path, [this] { Look(); });
+}
+
+std::string SaveWindow(Window& window, const std::string& path, const std::function<void()>& look) {
     // Drawing goes on behind VR_Display and nothing tells its end: what stays the same for a while is
     // finished.
     constexpr auto pause = std::chrono::milliseconds(100);
@@ -83,9 +81,9 @@ std::string Viewer::Screenshot(const std::string& path) {
     Picture picture;
     for (int i = 0; i < tries && (memory.empty() || memory != before); ++i) {
         std::this_thread::sleep_for(pause);
-        Look();
+        look();
         before = memory;
-        if (std::string error = window_->ReadBack(memory, picture); !error.empty())
+        if (std::string error = window.ReadBack(memory, picture); !error.empty())
             return error;
     }
     return SavePicture(path, picture);

@@ -6,6 +6,7 @@
 #include "Statistics.h"
 #include "Window.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -53,6 +54,10 @@ private:
     uint64_t drawn_ = 0;
     std::string format_; // of the last frame, for the title
 };
+
+/// Writes what the window shows once it has come to rest, .png or .ppm; an error text on failure. `look`
+/// handles the window's events.
+std::string SaveWindow(Window& window, const std::string& path, const std::function<void()>& look);
 
 } // namespace live
 

@@ -1,7 +1,9 @@
 // kolt_live: the live picture of a camera through the C contract alone. It tells a fault of the platform
-// libraries from a fault of the main program, and is an example of how the contract is used.
+// libraries from a fault of the main program, and is an example of how the contract is used. With --core it
+// shows the same picture through the main program's camera core.
 
 #include "ArgumentParser.h"
+#include "CoreRun.h"
 #include "Libraries.h"
 #include "LiveRun.h"
 #include "Output.h"
@@ -26,6 +28,8 @@ int main(int argc, char** argv) {
         case live::Options::Job::List:
             return live::RunList();
         case live::Options::Job::Show:
+            if (options.core)
+                return live::CoreRun(options, signals).Run();
             return live::LiveRun(options, signals).Run();
         }
     } catch (const std::exception& exception) {

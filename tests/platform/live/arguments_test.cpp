@@ -25,6 +25,12 @@ TEST(Arguments, NoneMeansAWindowWithTheFirstFreeCamera) {
     EXPECT_FALSE(options.seconds.has_value());
     EXPECT_FALSE(options.dropIncomplete);
     EXPECT_FALSE(options.reconnect);
+    EXPECT_FALSE(options.core);
+}
+
+TEST(Arguments, TheCoreIsForAWindow) {
+    EXPECT_TRUE(Parsed({"--core"}).core);
+    EXPECT_TRUE(Parsed({"--core", "--display-rate", "30", "--screenshot", "a.png"}).core);
 }
 
 TEST(Arguments, AllOfThemBehindASpace) {
@@ -110,13 +116,17 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{{"--screenshot", "a.jpg"}, ".png or .ppm"}, Refused{{"--camera", ""}, "wants an address"},
         Refused{{"--xml", ""}, "wants a file name"},
         Refused{{"--screenshot", "a.png", "--headless", "3"}, "--screenshot wants a window"},
+        Refused{{"--core", "--headless", "3"}, "--core wants a window"},
+        Refused{{"--core", "--save", "a.png"}, "--core wants a window"},
+        Refused{{"--core", "--reconnect"}, "--core does not reconnect"},
+        Refused{{"--core", "--display-rate", "25"}, "--display-rate 30 or 60"},
         Refused{{"--reconnect", "--save", "a.png"}, "--reconnect is for the window"}));
 
 TEST(Arguments, HelpNamesEveryOptionAndExitCode) {
     const std::string help = live::HelpText();
     for (const char* option :
          {"--list", "--camera SELECTOR", "--headless N", "--seconds N", "--save FILE", "--screenshot FILE",
-          "--xml FILE", "--packet-size N|auto", "--buffers N", "--drop-incomplete", "--reconnect",
+          "--core", "--xml FILE", "--packet-size N|auto", "--buffers N", "--drop-incomplete", "--reconnect",
           "--engine 1|2", "--interpolation 0|1|2", "--display-rate N", "--help", "--version"})
         EXPECT_THAT(help, HasSubstr(option));
     for (const char* code : {"0 done", "1 a call failed", "2 wrong arguments", "3 no such camera",

@@ -1,127 +1,21 @@
-// kolt_live as a person runs it: the real program with the real libraries, a virtual camera, and a virtual
-// display. Each test has a network of its own, so that no other test's camera is in sight.
-#include "Desktop.h"
+// kolt_live through the C contract alone, as a person runs it.
+#include "ProgramFixture.h"
 
 #include "CameraRecord.h"
-#include "VirtualCamera.h"
 
-#include "support/ChildProcess.h"
-#include "support/NetworkNamespace.h"
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <regex>
 #include <sstream>
 
 namespace fs = std::filesystem;
 using kolt::test::ChildProcess;
 using kolt::test::Finished;
-using live_test::Desktop;
-using live_test::Eventually;
-using live_test::Rgb;
-using live_test::Shot;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
+namespace live_test {
 namespace {
-
-const std::string program = KOLT_BIN_DIR "/kolt_live";
-
-constexpr uint32_t mono8 = 0x01080001;
-constexpr uint32_t mono12 = 0x01100005;
-constexpr uint32_t mono12Packed = 0x010C0006;
-constexpr uint32_t bayerRg8 = 0x01080009;
-constexpr uint32_t bayerRg12Packed = 0x010C002B;
-constexpr uint32_t rgb8 = 0x02180014;
-constexpr uint32_t uyvy = 0x0210001F;
-constexpr uint32_t yuyv = 0x02100032;
-constexpr uint32_t packetSizeRegister = 0x0D04;
-
-std::string Read(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-class Program : public testing::Test {
-protected:
-    void SetUp() override {
-        const char* kept = std::getenv("KOLT_TEST_OUT");
-        out = kept == nullptr ? fs::path(testing::TempDir()) / "kolt_live" : fs::path(kept) / "live";
-        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-        std::string name = std::string(test->test_suite_name()) + "_" + test->name();
-        std::replace(name.begin(), name.end(), '/', '_');
-        out /= name;
-        fs::create_directories(out);
-    }
-
-    static vcam::Config Colour(uint32_t format = bayerRg8) {
-        vcam::Config config;
-        config.address = "127.0.0.5";
-        config.serial = "VC000777";
-        config.userName = "on the desk";
-        config.sensorWidth = 640;
-        config.sensorHeight = 480;
-        config.pixelFormat = format;
-        config.frameRate = 50;
-        if (format == mono8 || format == mono12 || format == mono12Packed)
-            config.model = vcam::Model::Mono;
-        return config;
-    }
-
-    void StartCamera(const vcam::Config& config) {
-        camera = std::make_unique<vcam::VirtualCamera>(config);
-        camera->Start();
-    }
-
-    static Finished Run(std::vector<std::string> arguments, const ChildProcess::Environment& changed = {}) {
-        arguments.insert(arguments.begin(), program);
-        return kolt::test::run(arguments, changed);
-    }
-
-    void Start(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), program);
-        live = std::make_unique<ChildProcess>(arguments);
-    }
-
-    bool FindWindow() {
-        return Eventually([this] { return (window = desktop.Find("kolt_live - ")) != 0; });
-    }
-
-    /// The patches of known colour, where the picture fills the rectangle of the shot.
-    testing::AssertionResult ShowsPatches(const Shot& shot, double left, double top, double width,
-                                          double height, int tolerance, bool colour = true) const {
-        const auto patches = camera->Patches();
-        if (patches.empty())
-            return testing::AssertionFailure() << "the camera tells no patches";
-        for (const vcam::Patch& patch : patches) {
-            const double x = left + (patch.x + patch.width / 2.0) * width / 640;
-            const double y = top + (patch.y + patch.height / 2.0) * height / 480;
-            Rgb wanted = {patch.red, patch.green, patch.blue};
-            const auto column = static_cast<uint32_t>(x);
-            const auto row = static_cast<uint32_t>(y);
-            if (!colour) // a grey camera sees the brightness alone (ITU-R BT.601)
-                wanted.fill(
-                    static_cast<uint8_t>(0.299 * patch.red + 0.587 * patch.green + 0.114 * patch.blue));
-            if (!shot.Shows(column, row, wanted, tolerance))
-                return testing::AssertionFailure() << patch.name << " is not at " << column << ", " << row;
-        }
-        return testing::AssertionSuccess();
-    }
-
-    kolt::test::NetworkNamespace network;
-    kolt::test::NamespaceScope inside{network};
-    Desktop desktop;
-    fs::path out;
-    std::unique_ptr<vcam::VirtualCamera> camera;
-    std::unique_ptr<ChildProcess> live;
-    xcb_window_t window = 0;
-};
 
 TEST_F(Program, HelpAndVersion) {
     const Finished help = Run({"--help"});
@@ -303,7 +197,7 @@ TEST_P(ProgramFormats, ShowTheSamePicture) {
         << shows(desktop.Look(window)).message();
     desktop.Press(window, 'q');
     ASSERT_EQ(live->waitForExit(), 0) << live->output();
-    const Shot shot = live_test::ReadPicture(path);
+    const Shot shot = ReadPicture(path);
     ASSERT_EQ(shot.width, 640U);
     ASSERT_EQ(shot.height, 480U);
     EXPECT_TRUE(shows(shot)) << live->output();
@@ -508,7 +402,7 @@ TEST_F(Program, SavesEveryFormat) {
         const Finished finished = Run({"--save", path});
         ASSERT_EQ(finished.exitCode, 0) << name << "\n" << finished.output;
         EXPECT_THAT(finished.output, HasSubstr("wrote " + path));
-        const Shot shot = live_test::ReadPicture(path);
+        const Shot shot = ReadPicture(path);
         EXPECT_EQ(shot.width, 640U) << name;
         EXPECT_EQ(shot.height, 480U) << name;
         EXPECT_TRUE(ShowsPatches(shot, 0, 0, 640, 480, std::string(name) == "frame.jpg" ? 12 : 0)) << name;
@@ -547,3 +441,4 @@ TEST_F(Program, WithoutADisplayItSaysWhatToDo) {
 }
 
 } // namespace
+} // namespace live_test

@@ -138,4 +138,15 @@ TEST(Beat, MissedOnesAreLeftOut) {
     EXPECT_EQ(beat.Next(), start + 6s);
 }
 
+TEST(Title, HasRoomForThreeFigures) {
+    live::Rates rates;
+    rates.frames = 29.97;
+    rates.megabytes = 62.15;
+    Sample sample = At(0ms);
+    sample.transport->lostPackets = 7;
+    EXPECT_EQ(live::TitleFigures(rates, sample), "30.0 fps - 62.1 MB/s - lost 7");
+    sample.transport.reset();
+    EXPECT_THAT(live::TitleFigures(rates, sample), HasSubstr("lost 0"));
+}
+
 } // namespace

@@ -224,6 +224,18 @@ TEST_F(Stream, WithoutATellingNodeTheMeasuredRateCounts) {
     EXPECT_TRUE(doubles.WaitUntil([&] { return camera->GetActualFrameRate() > 20; }));
 }
 
+TEST_F(Stream, TheLibrarysCountsAreTold) {
+    _OV_MATCH_INFO_NET_DETECT_ counts{};
+    EXPECT_EQ(camera->GetMatchInfoNetDetect(&counts), -4) << "not connected";
+    Start();
+    EXPECT_EQ(camera->GetMatchInfoNetDetect(nullptr), -4);
+    ASSERT_EQ(camera->GetMatchInfoNetDetect(&counts), 0);
+    EXPECT_EQ(counts.receivedBytes, 123456789012);
+    EXPECT_EQ(counts.lostPackets, 17);
+    doubles.SetResult("OV_CC_GetAllMatchInfo", OV_STATUS_RESOURCE);
+    EXPECT_EQ(static_cast<uint32_t>(camera->GetMatchInfoNetDetect(&counts)), OV_STATUS_RESOURCE);
+}
+
 TEST_F(Stream, FiveHundredRounds) {
     Open();
     doubles.SetFreeRun(Frame(1), 200);
