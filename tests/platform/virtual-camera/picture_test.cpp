@@ -1,8 +1,7 @@
 // The test pictures: colours in every format, motion, orientation, exposure, gain, and the stamped frame
 // number.
-#include "Picture/Painter.h"
 #include "VirtualCamera.h"
-#include "pixel_reader.h"
+#include "picture_rig.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -14,34 +13,6 @@ namespace {
 using namespace kolt::test;
 using vcam::Painter;
 using vcam::PictureSettings;
-using Picture = std::vector<uint8_t>;
-
-constexpr uint32_t kWidth = 320;
-constexpr uint32_t kHeight = 240;
-constexpr uint32_t kRgb = 0x02180014;
-constexpr uint32_t kMono = 0x01080001;
-
-std::shared_ptr<const vcam::AreaScene> TheScene() {
-    static const auto scene = std::make_shared<const vcam::AreaScene>(kWidth, kHeight, "VC000001");
-    return scene;
-}
-
-PictureSettings Whole(uint32_t format) {
-    PictureSettings settings;
-    settings.width = kWidth;
-    settings.height = kHeight;
-    settings.pixelFormat = format;
-    settings.exposure = vcam::kNominalExposure;
-    return settings;
-}
-
-Picture Paint(const PictureSettings& settings, uint32_t phase = 0, uint32_t number = 1) {
-    Painter painter(TheScene());
-    Picture picture(vcam::PictureBytes(settings));
-    painter.Paint(settings, phase, 16, number, picture.data());
-    return picture;
-}
-
 Colour ColourOf(const vcam::ScenePatch& patch) {
     return {double(patch.colour.red), double(patch.colour.green), double(patch.colour.blue)};
 }
@@ -96,11 +67,6 @@ INSTANTIATE_TEST_SUITE_P(All, PictureFormats, testing::ValuesIn(AllFormats()),
 TEST(Picture, TheCameraHasNoFurtherFormats) {
     EXPECT_EQ(vcam::PixelFormats().size(), AllFormats().size());
     EXPECT_EQ(vcam::FindPixelFormat(0x12345678), nullptr);
-}
-
-Colour RgbAt(const Picture& picture, const PictureSettings& settings, size_t x, size_t y) {
-    static const FormatFacts rgb{"", kRgb, 'r', 8, false, ""};
-    return ReadPixel(rgb, picture, settings.width, x, y).colour;
 }
 
 TEST(Picture, CornersTellTheOrientation) {
