@@ -2,6 +2,29 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_CN" sourcelanguage="en">
 <context>
+    <name>MessageRow</name>
+    <message>
+        <source>Error</source>
+        <translation>错误</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>警告</translation>
+    </message>
+    <message>
+        <source>Information</source>
+        <translation>信息</translation>
+    </message>
+    <message>
+        <source> OK </source>
+        <translation> 确定 </translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>确定</translation>
+    </message>
+</context>
+<context>
     <name>QCamera</name>
     <message>
         <source>The GigE driver is enabled.</source>
@@ -22,6 +45,21 @@
     <message>
         <source>Hint</source>
         <translation>提示</translation>
+    </message>
+</context>
+<context>
+    <name>QDialogEx</name>
+    <message>
+        <source>Close</source>
+        <translation>关闭</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>确定</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>取消</translation>
     </message>
 </context>
 <context>
@@ -237,6 +275,101 @@
     <message>
         <source>Unknown error. Failed to connect the camera.</source>
         <translation>未知错误，连接相机失败。</translation>
+    </message>
+</context>
+<context>
+    <name>QMessageBoxDlg</name>
+    <message>
+        <source>Cancel</source>
+        <translation>取消</translation>
+    </message>
+</context>
+<context>
+    <name>QMessageLogMngWidget</name>
+    <message>
+        <source>Sort by</source>
+        <translation>排序方式</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>时间</translation>
+    </message>
+    <message>
+        <source>Level</source>
+        <translation>级别</translation>
+    </message>
+    <message>
+        <source>Source</source>
+        <translation>来源</translation>
+    </message>
+    <message>
+        <source>Information</source>
+        <translation>信息</translation>
+    </message>
+</context>
+<context>
+    <name>QMessageLogWidget</name>
+    <message>
+        <source>Critical</source>
+        <translation>严重</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>警告</translation>
+    </message>
+    <message>
+        <source>Message</source>
+        <translation>消息</translation>
+    </message>
+    <message>
+        <source>Level:</source>
+        <translation>级别：</translation>
+    </message>
+    <message>
+        <source>Source:</source>
+        <translation>来源：</translation>
+    </message>
+    <message>
+        <source>Time:</source>
+        <translation>时间：</translation>
+    </message>
+    <message>
+        <source>Message:</source>
+        <translation>消息：</translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation>复制</translation>
+    </message>
+    <message>
+        <source>Copy All</source>
+        <translation>全部复制</translation>
+    </message>
+    <message>
+        <source>Clear Message Log</source>
+        <translation>清空消息日志</translation>
+    </message>
+</context>
+<context>
+    <name>QSearchWidget</name>
+    <message>
+        <source>Search</source>
+        <translation>搜索</translation>
+    </message>
+</context>
+<context>
+    <name>QShowMessageDlg</name>
+    <message>
+        <source>Details</source>
+        <translation>详情</translation>
+    </message>
+    <message>
+        <source>Hide Details</source>
+        <translation>隐藏详情</translation>
+    </message>
+    <message>
+        <source>Show Details</source>
+        <translation>显示详情</translation>
     </message>
 </context>
 </TS>

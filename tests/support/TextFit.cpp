@@ -58,6 +58,7 @@ std::ostream& operator<<(std::ostream& out, const TextMisfit& misfit) {
 }
 
 std::vector<TextMisfit> FindMisfits(QWidget& window, const QString& language) {
+    Settle(window);
     std::vector<TextMisfit> misfits;
     for (const ShownText& shown : CollectShownTexts(window)) {
         const QSize room = shown.room + QSize(kTolerance, kTolerance);
@@ -70,7 +71,6 @@ std::vector<TextMisfit> FindMisfits(QWidget& window, const QString& language) {
 
 std::vector<TextMisfit> FindMisfitsInAllLanguages(QWidget& window) {
     window.show();
-    Settle(window);
     std::vector<TextMisfit> misfits = FindMisfits(window, "English");
     const CInChinese chinese(window);
     for (TextMisfit& misfit : FindMisfits(window, "Chinese"))

@@ -35,7 +35,8 @@ struct TextMisfit {
 };
 std::ostream& operator<<(std::ostream& out, const TextMisfit& misfit);
 
-// As `window` is laid out at this moment, in the language that is installed. It must be visible.
+// As `window` is laid out when all pending events have been handled, in the language that is installed. It
+// must be visible.
 std::vector<TextMisfit> FindMisfits(QWidget& window, const QString& language = {});
 
 // In English and in Chinese, after the change of language has reached all widgets and the layouts have
