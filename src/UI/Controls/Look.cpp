@@ -1,15 +1,18 @@
 #include "UI/Controls/Look.h"
 
+#include "UI/Controls/KoltStyle.h"
 #include "UI/Controls/LookTokens.h"
 #include "UI/Controls/MessagePresenter.h"
 
 #include <QApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QFont>
 #include <QFontDatabase>
 #include <QFontMetrics>
+#include <QImage>
+#include <QPainter>
 #include <QPalette>
-#include <QStyleFactory>
 #include <algorithm>
 #include <cmath>
 
@@ -86,7 +89,7 @@ void Apply(QApplication& application) {
     QApplication::setAttribute(Qt::AA_DisableWindowContextHelpButton);
     ApplyFonts(application);
     // One base style everywhere, whatever the desktop prefers.
-    QApplication::setStyle(QStyleFactory::create("Fusion"));
+    QApplication::setStyle(new CKoltStyle);
     QApplication::setPalette(MakePalette());
     application.setStyleSheet(StyleSheet());
     RegisterMessagePresenter();
@@ -114,25 +117,75 @@ QColor Colour(const QString& token) {
     return {};
 }
 
+QPixmap Picture(const QString& path) {
+    const qreal ratio = qApp->devicePixelRatio();
+    const QFileInfo file(path);
+    const QString twice = file.path() + '/' + file.completeBaseName() + "@2x." + file.suffix();
+    if (ratio <= 1.0 || !QFile::exists(twice))
+        return QPixmap(path);
+    QImage image(twice);
+    const QSize points = image.size() / 2;
+    const QSize wanted(qRound(points.width() * ratio), qRound(points.height() * ratio));
+    if (image.size() != wanted)
+        image = image.scaled(wanted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QPixmap result = QPixmap::fromImage(image);
+    result.setDevicePixelRatio(ratio);
+    return result;
+}
+
 double Contrast(const QColor& a, const QColor& b) {
     const double one = Luminance(a) + 0.05;
     const double other = Luminance(b) + 0.05;
     return std::max(one, other) / std::min(one, other);
 }
 
-int FigureWidth(const QFontMetrics& metrics, const QString& text) {
+namespace {
+
+bool IsFigure(QChar c) {
+    return c >= '0' && c <= '9';
+}
+
+int WidestFigure(const QFontMetrics& metrics) {
     int widest = 0;
     for (char figure = '0'; figure <= '9'; ++figure)
         widest = std::max(widest, metrics.horizontalAdvance(QLatin1Char(figure)));
-    QString others;
-    int figures = 0;
-    for (const QChar& c : text) {
-        if (c >= '0' && c <= '9')
-            ++figures;
-        else
-            others += c;
+    return widest;
+}
+
+// Calls `piece(text, x, width)` for each figure and each run of other characters; returns the whole width.
+template<typename Piece>
+int LayOutFigures(const QFontMetrics& metrics, const QString& text, Piece piece) {
+    const int cell = WidestFigure(metrics);
+    int x = 0;
+    for (int i = 0; i < text.size();) {
+        int end = i + 1;
+        while (!IsFigure(text[i]) && end < text.size() && !IsFigure(text[end]))
+            ++end;
+        const QString part = text.mid(i, end - i);
+        const int width = IsFigure(text[i]) ? cell : metrics.horizontalAdvance(part);
+        piece(part, x, width);
+        x += width;
+        i = end;
     }
-    return figures * widest + metrics.horizontalAdvance(others);
+    return x;
+}
+
+} // namespace
+
+int FigureWidth(const QFontMetrics& metrics, const QString& text) {
+    return LayOutFigures(metrics, text, [](const QString&, int, int) {});
+}
+
+void DrawFigures(QPainter& painter, const QRect& room, const QString& text) {
+    const QFontMetrics metrics = painter.fontMetrics();
+    QString shown = text;
+    if (FigureWidth(metrics, text) > room.width())
+        shown = metrics.elidedText(text, Qt::ElideRight, room.width());
+    const int baseline = room.top() + (room.height() - metrics.height()) / 2 + metrics.ascent();
+    LayOutFigures(metrics, shown, [&](const QString& part, int x, int width) {
+        const int slack = IsFigure(part[0]) ? (width - metrics.horizontalAdvance(part)) / 2 : 0;
+        painter.drawText(room.left() + x + slack, baseline, part);
+    });
 }
 
 } // namespace Look

@@ -1,6 +1,7 @@
 #include "UI/Controls/MessageRow.h"
 
 #include "Common/QFunction.h"
+#include "UI/Controls/Look.h"
 
 #include <QCoreApplication>
 #include <QDialog>
@@ -43,11 +44,11 @@ void SetMessageText(QLabel& label, const QString& text) {
 QPixmap MessagePicture(int kind) {
     switch (kind) {
     case MESSAGE_ERROR:
-        return QPixmap(":/ORV/Resources/Hint/error.png");
+        return Look::Picture(":/ORV/Resources/Hint/error.png");
     case MESSAGE_WARNING:
-        return QPixmap(":/ORV/Resources/Hint/warning.png");
+        return Look::Picture(":/ORV/Resources/Hint/warning.png");
     default:
-        return QPixmap(":/ORV/Resources/Hint/figure.png");
+        return Look::Picture(":/ORV/Resources/Hint/figure.png");
     }
 }
 
@@ -71,7 +72,11 @@ QSize MessageDialogSize(QDialog& dialog) {
     dialog.setMinimumSize(0, 0);
     dialog.setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
     dialog.ensurePolished();
-    dialog.layout()->invalidate();
+    // From the inside out: each layout hands its new hint to the one around it only when it is activated.
+    const QList<QWidget*> parts = dialog.findChildren<QWidget*>();
+    for (auto part = parts.crbegin(); part != parts.crend(); ++part)
+        if (QLayout* layout = (*part)->layout())
+            layout->activate();
     dialog.layout()->activate();
     return dialog.layout()->totalSizeHint();
 }

@@ -1,5 +1,7 @@
 #include "UI/Controls/QComboBoxEx.h"
 
+#include "UI/Controls/LookTokens.h"
+
 #include <QStyledItemDelegate>
 #include <QWheelEvent>
 
@@ -22,4 +24,12 @@ void QComboBoxEx::wheelEvent(QWheelEvent* event) {
     // deliberate: a wheel meant to scroll the panel must not change a camera's setting. Ignored, it goes on
     // to the panel around the box.
     event->ignore();
+}
+
+QSize QComboBoxEx::sizeHint() const {
+    return QComboBox::sizeHint().expandedTo(QSize(0, Look::fieldHeight));
+}
+
+QSize QComboBoxEx::minimumSizeHint() const {
+    return QComboBox::minimumSizeHint().expandedTo(QSize(0, Look::fieldHeight));
 }

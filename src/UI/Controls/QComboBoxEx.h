@@ -13,6 +13,9 @@ public:
     // Selects the first item whose user data equals `value`; without one the selection stays as it is.
     void SetCurrentIndexByData(const QVariant& value);
 
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
 protected:
     void wheelEvent(QWheelEvent* event) override;
 };

@@ -1,9 +1,11 @@
 #include "UI/Controls/QImageButton.h"
 
+#include "UI/Controls/Look.h"
 #include "UI/Controls/LookTokens.h"
 #include "UI/Controls/QAdAction.h"
 #include "UI/Controls/QMenuEx.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QStyleOptionButton>
 #include <QStylePainter>
@@ -29,7 +31,7 @@ void QImageButton::SetBtnImage(const QString& strNormal, const QString& strHover
                                const QString& strDisabled) {
     const QString* const paths[kPictures] = {&strNormal, &strHover, &strPressed, &strDisabled};
     for (int i = 0; i < kPictures; ++i) {
-        m_pictures[i] = paths[i]->isEmpty() ? QPixmap() : QPixmap(*paths[i]);
+        m_pictures[i] = paths[i]->isEmpty() ? QPixmap() : Look::Picture(*paths[i]);
         if (m_pictures[i].isNull())
             m_pictures[i] = m_pictures[kNormal];
     }
@@ -128,6 +130,13 @@ void QImageButton::OnBlockTimer() {
     // The release that belonged to an earlier press may have been among the dropped ones.
     if (isDown() && !menu())
         setDown(false);
+}
+
+void QImageButton::keyPressEvent(QKeyEvent* event) {
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && !event->isAutoRepeat())
+        click();
+    else
+        QPushButton::keyPressEvent(event);
 }
 
 void QImageButton::mousePressEvent(QMouseEvent* event) {

@@ -63,6 +63,8 @@ Q_SIGNALS:
     void SigMenuTriggered(int nBtnIndex, int nMenuIndex, long lID, bool bChecked);
 
 protected:
+    // Return and Enter click the button that has the focus.
+    void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;

@@ -1,5 +1,7 @@
 #include "UI/Controls/QLineEditEx.h"
 
+#include "UI/Controls/LookTokens.h"
+
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -55,4 +57,12 @@ void QLineEditEx::mouseMoveEvent(QMouseEvent* event) {
     }
     m_bSelectedByClick = false;
     QLineEdit::mouseMoveEvent(event);
+}
+
+QSize QLineEditEx::sizeHint() const {
+    return QLineEdit::sizeHint().expandedTo(QSize(0, Look::fieldHeight));
+}
+
+QSize QLineEditEx::minimumSizeHint() const {
+    return QLineEdit::minimumSizeHint().expandedTo(QSize(0, Look::fieldHeight));
 }

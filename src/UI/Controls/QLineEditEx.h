@@ -10,6 +10,9 @@ public:
     explicit QLineEditEx(QWidget* parent = nullptr);
     explicit QLineEditEx(const QString& text, QWidget* parent = nullptr);
 
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
 Q_SIGNALS:
     // Return or Enter, before the base class handles the key (so before returnPressed and editingFinished).
     void SigEnterKeyPress(QString strText);

@@ -13,9 +13,18 @@ public:
     void SetIndex(int nIndex) { m_nIndex = nIndex; }
     int GetIndex() const { return m_nIndex; }
 
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
 Q_SIGNALS:
     // At each click, after clicked().
     void SigOnClickedButton(int nIndex);
+
+protected:
+    // Return and Enter click the button that has the focus, not the default button of its dialog.
+    void keyPressEvent(QKeyEvent* event) override;
+    // Adds the focus ring, which is light inside the colour.
+    void paintEvent(QPaintEvent* event) override;
 
 private Q_SLOTS:
     void OnClicked();

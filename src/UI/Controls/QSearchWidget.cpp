@@ -6,6 +6,7 @@
 
 QSearchWidget::QSearchWidget(QLineEditEx* pEdit) : QPushButton(pEdit) {
     setFlat(true);
+    setAutoDefault(false);
     setCursor(Qt::PointingHandCursor);
     setFocusPolicy(Qt::NoFocus);
     setFixedSize(20, 20);

@@ -9,6 +9,9 @@ class QSpinBoxEx : public QSpinBox {
 public:
     explicit QSpinBoxEx(QWidget* parent = nullptr);
 
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
 Q_SIGNALS:
     // At each mouse release on the box, before the base class sees it.
     void SigSaveParam();

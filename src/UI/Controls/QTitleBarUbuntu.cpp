@@ -1,0 +1,3 @@
+#include "UI/Controls/QTitleBarUbuntu.h"
+
+QTitleBarUbuntu::QTitleBarUbuntu(QWidget* parent) : QTitleBar(parent, kButtonsLeft) {}
