@@ -1,7 +1,8 @@
 #include "Camera/HostInterfaces.h"
+#include "Common/CMutexLocker.h"
 
 #include <QMutex>
-#include <QMutexLocker>
+
 #include <QNetworkInterface>
 
 namespace {
@@ -32,13 +33,13 @@ QVector<_HOST_INTERFACE_> ListSystemInterfaces() {
 QVector<_HOST_INTERFACE_> ListHostInterfaces() {
     std::function<QVector<_HOST_INTERFACE_>()> source;
     {
-        const QMutexLocker lock(&g_sourceMutex);
+        const CMutexLocker lock(&g_sourceMutex);
         source = g_source;
     }
     return source ? source() : ListSystemInterfaces();
 }
 
 void SetHostInterfaceSource(std::function<QVector<_HOST_INTERFACE_>()> source) {
-    const QMutexLocker lock(&g_sourceMutex);
+    const CMutexLocker lock(&g_sourceMutex);
     g_source = std::move(source);
 }

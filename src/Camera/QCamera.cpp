@@ -4,13 +4,14 @@
 #include "Camera/QCameraOwner.h"
 #include "Camera/QFrameBufManager.h"
 #include "Camera/XmlDepth.h"
+#include "Common/CMutexLocker.h"
 #include "Common/QFunction.h"
 #include "Common/QLocalCfg.h"
 
 #include <QCoreApplication>
 #include <QDataStream>
 #include <QFile>
-#include <QMutexLocker>
+
 #include <algorithm>
 #include <condition_variable>
 #include <cstring>
@@ -112,7 +113,7 @@ void QCamera::UnInitialize() {
 void QCamera::AddRef() {
     if (!m_pRefMutex)
         return;
-    const QMutexLocker lock(m_pRefMutex.get());
+    const CMutexLocker lock(m_pRefMutex.get());
     ++m_nRef;
 }
 
@@ -121,7 +122,7 @@ void QCamera::ReleaseRef() {
         return;
     int left = 0;
     {
-        const QMutexLocker lock(m_pRefMutex.get());
+        const CMutexLocker lock(m_pRefMutex.get());
         left = --m_nRef;
     }
     if (left <= 0)

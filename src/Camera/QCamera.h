@@ -43,14 +43,29 @@ struct _NETWORK_INFO_ {
     uint32_t mask = 0;
 };
 
-// What became of the frames of a camera since its counters were cleared; for tests and for whoever looks for
-// lost frames.
+// What became of the frames of a camera; for tests and for whoever looks for lost frames. Two sums hold
+// whenever the threads rest:
+//     received = displayed - redrawn + skipped + undrawn
+//     queued   = taken + overwritten + refused + cleared + unqueued + those that wait in the queue
+// and of the frames taken for a recording alone
+//     taken    = recorded + recordFailures + discarded
 struct _CAMERA_COUNTERS_ {
-    int64_t received = 0;   // frames that came from the library
-    int64_t displayed = 0;  // frames that were drawn
-    int64_t grabErrors = 0; // calls for a frame that failed otherwise than by a time-out
-    int64_t queued = 0;     // frames put into the queue for capture or recording
-    int64_t recorded = 0;   // frames written to the record file
+    // Since the start of the stream (with OnStartGettingFrame(true)).
+    int64_t received = 0;  // frames that came from the library
+    int64_t displayed = 0; // pictures drawn
+    int64_t redrawn = 0;   // of these, pictures of a frame that had been drawn before
+    int64_t skipped = 0;   // frames that a newer one replaced before they were drawn, as it should be
+    int64_t undrawn = 0;   // frames since the one drawn last
+    // Since the camera was made.
+    int64_t grabErrors = 0;  // calls for a frame that failed otherwise than by a time-out
+    int64_t queued = 0;      // frames meant for capture or recording
+    int64_t taken = 0;       // frames that the save thread took
+    int64_t overwritten = 0; // oldest frames of a full queue that gave way to newer ones
+    int64_t refused = 0;     // frames larger than the save buffer
+    int64_t cleared = 0;     // frames that still waited when the stream stopped or something new began
+    int64_t unqueued = 0;    // frames that found neither a node nor memory
+    int64_t discarded = 0;   // frames taken when capture and recording had just ended
+    int64_t recorded = 0;    // frames written to the record file
     int64_t recordFailures = 0;
     int64_t imagesSaved = 0; // files of a series
     int64_t imageFailures = 0;
@@ -175,6 +190,7 @@ public:
     uint32_t GetHeight() const { return m_nHeight; }
     OvGvspPixelType GetPixelType() const { return m_pixelType; }
     void SetTriggerMode(int mode) { m_nTriggerMode = mode; }
+    // The thread that starts and stops the stream.
     _CAMERA_COUNTERS_ GetCounters() const;
     // `callback` runs on the display thread or the thread that called SetVREngineMode.
     void SetFrameSizeChangedCallBack(void (*callback)(int width, int height, void* user), void* user);
@@ -293,6 +309,7 @@ private:
     void OnFrameReceived(const _OV_CC_FRAME_OUT_INFO_& info, QFrameBufManager& queue);
     int SaveImageThreadFunc();
     bool EnsureSaveBuffer();
+    bool SaveNextFrame(QFrameBufManager& queue);
     int DisplayThreadFunc();
     void DisplayControlThreadFunc();
     bool EnsureMediaHandle();
@@ -305,8 +322,12 @@ private:
     double NowMs() const;
 
     bool SetSizes(uint32_t frame, uint32_t display);
-    bool CopyNewestToDisplay();
-    bool DecodeNewestToDisplay();
+    // The number of the frame that is in the display buffer now, or -1.
+    int64_t CopyNewestToDisplay();
+    int64_t DecodeNewestToDisplay();
+    void CountDrawn(int64_t number);
+    void ForgetWaitingFrames();
+    void AddQueueCounters(_CAMERA_COUNTERS_& counters) const;
     bool ConvertDisplayBuffer(uint32_t sourceLength, uint32_t target);
     bool DisplayBufferHoldsPicture() const;
     bool HasDisplayBuffer() const;
@@ -386,7 +407,11 @@ private:
     CFairMutex m_grabMutex; // guards the grab buffer
     std::unique_ptr<uint8_t[]> m_pGrabBuffer;
     uint32_t m_nGrabBufferSize = 0; // frame size it was made for
-    std::mutex m_saveMutex;         // guards the save buffer
+    // Held by the save thread from taking a frame to the end of saving it, and by a snapshot that replaces
+    // the save buffer's frame, so that neither a recording nor a series has a snapshot's frame in the place
+    // of its own. Before the save mutex; the only one held during calls of the owner.
+    CFairMutex m_saveTurnMutex;
+    std::mutex m_saveMutex; // guards the save buffer
     std::unique_ptr<uint8_t[]> m_pSaveBuffer;
     uint32_t m_nSaveBufferSize = 0;
     mutable std::mutex m_displayMutex; // guards display and scratch buffer
@@ -465,6 +490,11 @@ private:
     std::atomic<uint32_t> m_nAutoTriggerInterval{1000};
 
     // Counters, see _CAMERA_COUNTERS_.
+    std::atomic<int64_t> m_nDrawn{0}; // number of the frame drawn last
+    std::atomic<int64_t> m_nRedrawn{0};
+    std::atomic<int64_t> m_nSkipped{0};
+    std::atomic<int64_t> m_nDiscarded{0};
+    _CAMERA_COUNTERS_ m_endedQueues; // sums of the queues of earlier streams
     std::atomic<int64_t> m_nGrabErrors{0};
     std::atomic<int64_t> m_nQueued{0};
     std::atomic<int64_t> m_nRecorded{0};

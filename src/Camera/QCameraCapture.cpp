@@ -50,6 +50,7 @@ void QCamera::GetDiskLastSpace(const char* path, unsigned long long* mebibytes) 
 // ------------------------------------------------------------------------------------------------------------
 
 int QCamera::SaveCurrentFrame() {
+    const std::lock_guard<CFairMutex> turn(m_saveTurnMutex);
     const std::lock_guard<std::mutex> save(m_saveMutex);
     if (!m_pSaveBuffer)
         return -4;
@@ -352,5 +353,6 @@ void QCamera::SetImgSave() {
         m_nFileIndex = 0;
         return;
     }
+    ForgetWaitingFrames();
     m_bCapturing = true;
 }

@@ -1,8 +1,8 @@
 #include "Camera/QCameraContainer.h"
 
 #include "Camera/QCamera.h"
+#include "Common/CMutexLocker.h"
 
-#include <QMutexLocker>
 #include <algorithm>
 
 namespace {
@@ -13,7 +13,7 @@ QCameraContainer* g_instance = nullptr;
 } // namespace
 
 QCameraContainer* QCameraContainer::Instance() {
-    const QMutexLocker lock(&g_instanceMutex);
+    const CMutexLocker lock(&g_instanceMutex);
     if (!g_instance)
         g_instance = new QCameraContainer;
     return g_instance;
@@ -22,7 +22,7 @@ QCameraContainer* QCameraContainer::Instance() {
 void QCameraContainer::ReleaseInstance() {
     QCameraContainer* released = nullptr;
     {
-        const QMutexLocker lock(&g_instanceMutex);
+        const CMutexLocker lock(&g_instanceMutex);
         released = g_instance;
         g_instance = nullptr;
     }
@@ -32,7 +32,7 @@ void QCameraContainer::ReleaseInstance() {
 QCameraContainer::QCameraContainer() = default;
 
 QCameraContainer::~QCameraContainer() {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     for (QCamera* camera : m_cameras)
         camera->ReleaseRef();
     m_cameras.clear();
@@ -53,17 +53,17 @@ QCamera* QCameraContainer::FindByIndex(int index) const {
 }
 
 QCamera* QCameraContainer::GetCamera(long id) {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     return Find(id);
 }
 
 QCamera* QCameraContainer::GetCameraByIndex(int index) {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     return FindByIndex(index);
 }
 
 QCamera* QCameraContainer::AcquireCamera(long id) {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     QCamera* camera = Find(id);
     if (camera)
         camera->AddRef();
@@ -71,7 +71,7 @@ QCamera* QCameraContainer::AcquireCamera(long id) {
 }
 
 QCamera* QCameraContainer::AcquireCameraByIndex(int index) {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     QCamera* camera = FindByIndex(index);
     if (camera)
         camera->AddRef();
@@ -81,14 +81,14 @@ QCamera* QCameraContainer::AcquireCameraByIndex(int index) {
 QCamera* QCameraContainer::GetCameraByIP(unsigned int ip) {
     if (ip == 0)
         return nullptr;
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     const auto found =
         std::find_if(m_cameras.begin(), m_cameras.end(), [ip](QCamera* c) { return c->GetIP() == ip; });
     return found == m_cameras.end() ? nullptr : *found;
 }
 
 int QCameraContainer::GetTotalCameraNum() {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     return static_cast<int>(m_cameras.size());
 }
 
@@ -103,13 +103,13 @@ long QCameraContainer::GetCurrentCameraID() const {
 void QCameraContainer::AddCamera(QCamera* camera) {
     if (!camera)
         return;
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     camera->AddRef();
     m_cameras.push_back(camera);
 }
 
 void QCameraContainer::DelCamera(QCamera* camera) {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     const auto found = std::find(m_cameras.begin(), m_cameras.end(), camera);
     if (found == m_cameras.end())
         return;
@@ -118,7 +118,7 @@ void QCameraContainer::DelCamera(QCamera* camera) {
 }
 
 void QCameraContainer::DelCameraByID(long id) {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     const auto found =
         std::find_if(m_cameras.begin(), m_cameras.end(), [id](QCamera* c) { return c->GetCameraID() == id; });
     if (found == m_cameras.end())
@@ -128,7 +128,7 @@ void QCameraContainer::DelCameraByID(long id) {
 }
 
 void QCameraContainer::DelCameraByIndex(int index) {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     if (index < 0 || index >= static_cast<int>(m_cameras.size()))
         return;
     m_cameras[static_cast<size_t>(index)]->ReleaseRef();

@@ -55,7 +55,8 @@ void QCamera::DisplayVRRender() {
         return;
     m_bRefreshOneFrame = false;
     const bool jpeg = IsJPGFormat(m_pixelType);
-    if (!(jpeg ? DecodeNewestToDisplay() : CopyNewestToDisplay()))
+    const int64_t number = jpeg ? DecodeNewestToDisplay() : CopyNewestToDisplay();
+    if (number < 0)
         return;
     {
         const std::lock_guard<std::mutex> lock(m_displayMutex);
@@ -70,33 +71,43 @@ void QCamera::DisplayVRRender() {
     }
     m_nLastDisplayed = m_nReceived.load();
     ++m_nDisplayed;
+    CountDrawn(number);
     StatActualDisplayRate();
     const uint64_t window = m_playWnd;
     if (window)
         VR_Display(handle, 0, window);
 }
 
-bool QCamera::CopyNewestToDisplay() {
+// Display thread. Numbers count the frames received; they begin anew when the counters are cleared.
+void QCamera::CountDrawn(int64_t number) {
+    const int64_t before = m_nDrawn.exchange(number);
+    if (number == before)
+        ++m_nRedrawn;
+    else
+        m_nSkipped += number > before ? number - before - 1 : number - 1;
+}
+
+int64_t QCamera::CopyNewestToDisplay() {
     const std::lock_guard<CFairMutex> grab(m_grabMutex);
     const std::lock_guard<std::mutex> display(m_displayMutex);
     if (!m_pGrabBuffer || !m_pDisplayBuffer)
-        return false;
+        return -1;
     std::memcpy(m_pDisplayBuffer.get(), m_pGrabBuffer.get(),
                 std::min(m_nGrabBufferSize, m_nDisplayBufferSize));
-    return true;
+    return m_nReceived;
 }
 
-bool QCamera::DecodeNewestToDisplay() {
+int64_t QCamera::DecodeNewestToDisplay() {
     const std::lock_guard<CFairMutex> grab(m_grabMutex);
     if (!m_pGrabBuffer)
-        return false;
+        return -1;
     _OV_CC_FRAME_OUT_INFO_ tail{};
     std::memcpy(&tail, m_pGrabBuffer.get() + m_nGrabBufferSize, sizeof tail);
     const std::lock_guard<std::mutex> display(m_displayMutex);
     if (!m_pDisplayBuffer)
-        return false;
+        return -1;
     ParserJPG(m_pGrabBuffer.get(), std::min(tail.frameLength, m_nGrabBufferSize), m_pDisplayBuffer.get());
-    return true;
+    return m_nReceived;
 }
 
 // The caller holds the display mutex.

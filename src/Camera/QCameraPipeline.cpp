@@ -146,6 +146,7 @@ int QCamera::StopGettingFrame() {
     m_saveThread.StopAndJoin();
     if (m_pQueue) {
         m_pQueue->ClearFrameBufList();
+        AddQueueCounters(m_endedQueues);
         QFrameBufManager::ReleaseInstance();
         m_pQueue.reset();
     }
@@ -163,9 +164,28 @@ void QCamera::ClearRevFrameNum() {
     m_nReceived = 0;
     m_nLastDisplayed = 0;
     m_nDisplayed = 0;
+    m_nDrawn = 0;
+    m_nRedrawn = 0;
+    m_nSkipped = 0;
     const std::lock_guard<std::mutex> lock(m_rateMutex);
     m_frameMeter.ClearMark();
     m_displayMeter.ClearMark();
+}
+
+// What the present queue counted. A queue that two cameras share is told by both.
+void QCamera::AddQueueCounters(_CAMERA_COUNTERS_& counters) const {
+    const _FRAME_QUEUE_COUNTERS_ queue = m_pQueue->GetCounters();
+    counters.taken += static_cast<int64_t>(queue.taken);
+    counters.overwritten += static_cast<int64_t>(queue.overwritten);
+    counters.refused += static_cast<int64_t>(queue.refused);
+    counters.cleared += static_cast<int64_t>(queue.cleared);
+    counters.unqueued += static_cast<int64_t>(queue.unqueued);
+}
+
+// A recording or series begins with the next frame and not with those that an earlier one left in the queue.
+void QCamera::ForgetWaitingFrames() {
+    if (m_pQueue && !m_bCapturing && !m_bRecording)
+        m_pQueue->ClearFrameBufList();
 }
 
 int QCamera::GetMatchInfoNetDetect(_OV_MATCH_INFO_NET_DETECT_* counts) {
@@ -179,9 +199,15 @@ int QCamera::GetMatchInfoNetDetect(_OV_MATCH_INFO_NET_DETECT_* counts) {
 }
 
 _CAMERA_COUNTERS_ QCamera::GetCounters() const {
-    _CAMERA_COUNTERS_ counters;
+    _CAMERA_COUNTERS_ counters = m_endedQueues;
+    if (m_pQueue)
+        AddQueueCounters(counters);
     counters.received = m_nReceived;
     counters.displayed = m_nDisplayed;
+    counters.redrawn = m_nRedrawn;
+    counters.skipped = m_nSkipped;
+    counters.undrawn = counters.received - m_nDrawn;
+    counters.discarded = m_nDiscarded;
     counters.grabErrors = m_nGrabErrors;
     counters.queued = m_nQueued;
     counters.recorded = m_nRecorded;
@@ -224,11 +250,13 @@ bool QCamera::GrabOneFrame(QFrameBufManager& queue) {
             return false;
         const uint32_t capacity = m_nGrabBufferSize + kLibrarySlack;
         status = OV_CC_GetOneFrameTimeout(m_pHandle, m_pGrabBuffer.get(), capacity, &info, timeout);
-        if (status == OV_STATUS_OK)
+        if (status == OV_STATUS_OK) {
             std::memcpy(m_pGrabBuffer.get() + m_nGrabBufferSize, &info, kFrameTail);
+            // Under the lock, so that whoever copies the frame out knows its number.
+            ++m_nReceived;
+        }
     }
     if (status == OV_STATUS_OK) {
-        ++m_nReceived;
         m_bHaveFrame = true;
         OnFrameReceived(info, queue);
         return true;
@@ -304,21 +332,28 @@ int QCamera::SaveImageThreadFunc() {
             stop.SleepEx(1000);
             continue;
         }
-        int have = 0;
-        {
-            const std::lock_guard<std::mutex> lock(m_saveMutex);
-            have = queue->TakeOneFrame(m_pSaveBuffer, m_nSaveBufferSize + kFrameTail);
-        }
-        if (!have) {
+        if (!SaveNextFrame(*queue))
             stop.SleepEx(1);
-            continue;
-        }
-        if (m_bCapturing)
-            SaveImages();
-        if (m_bRecording)
-            SaveRecord();
     }
     return 0;
+}
+
+// False when no frame waits.
+bool QCamera::SaveNextFrame(QFrameBufManager& queue) {
+    const std::lock_guard<CFairMutex> turn(m_saveTurnMutex);
+    {
+        const std::lock_guard<std::mutex> lock(m_saveMutex);
+        if (!queue.TakeOneFrame(m_pSaveBuffer, m_nSaveBufferSize + kFrameTail))
+            return false;
+    }
+    const bool capturing = m_bCapturing;
+    if (capturing)
+        SaveImages();
+    if (m_bRecording)
+        SaveRecord();
+    else if (!capturing)
+        ++m_nDiscarded;
+    return true;
 }
 
 // --- statistics

@@ -38,6 +38,7 @@ int QCamera::StartRecordRawData(const char* file, const char* folder) {
     m_writeBehind.Start(m_pRecordFile->handle());
     m_nLastWrite = 0;
     m_nRecordingType = kTypeRaw;
+    ForgetWaitingFrames();
     m_bRecording = true;
     return 0;
 }
@@ -67,8 +68,10 @@ void QCamera::SaveRecord() {
     {
         const std::lock_guard<std::mutex> save(m_saveMutex);
         const std::lock_guard<std::mutex> lock(m_recordMutex);
-        if (!m_pRecordStream || !owner || !m_pRecordFile)
+        if (!m_pRecordStream || !owner || !m_pRecordFile) {
+            ++m_nDiscarded;
             return;
+        }
         unsigned long long free = 0;
         GetDiskLastSpace(m_recordFolder.data(), &free);
         if (free < kLeastFreeMiB) {

@@ -1,6 +1,6 @@
 #include "Camera/QFrameBufManager.h"
+#include "Common/CMutexLocker.h"
 
-#include <QMutexLocker>
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -18,7 +18,7 @@ QFrameBufManager::QFrameBufManager()
 QFrameBufManager::~QFrameBufManager() = default;
 
 std::shared_ptr<QFrameBufManager> QFrameBufManager::Instance(uint32_t count, uint32_t size) {
-    const QMutexLocker lock(&g_instanceMutex);
+    const CMutexLocker lock(&g_instanceMutex);
     if (g_instance)
         return g_instance;
     try {
@@ -32,14 +32,14 @@ std::shared_ptr<QFrameBufManager> QFrameBufManager::Instance(uint32_t count, uin
 }
 
 void QFrameBufManager::ReleaseInstance() {
-    const QMutexLocker lock(&g_instanceMutex);
+    const CMutexLocker lock(&g_instanceMutex);
     g_instance.reset();
 }
 
 void QFrameBufManager::AddOneFrameToList(const uint8_t* data, uint32_t length) {
     std::unique_ptr<BUF_NODE> node;
     {
-        const QMutexLocker lock(m_pMutex.get());
+        const CMutexLocker lock(m_pMutex.get());
         node.reset(m_pSample->GetSpareNode());
         if (!node) {
             node.reset(m_pSample->GetDataNode());
@@ -52,21 +52,21 @@ void QFrameBufManager::AddOneFrameToList(const uint8_t* data, uint32_t length) {
         }
     }
     if (node->capacity < length && !CZelSample::ResizeNode(node.get(), length)) {
-        const QMutexLocker lock(m_pMutex.get());
+        const CMutexLocker lock(m_pMutex.get());
         ++m_counters.unqueued;
         m_pSample->AddNodeToSpareList(node.release());
         return;
     }
     std::memcpy(node->data.get(), data, length);
     node->length = length;
-    const QMutexLocker lock(m_pMutex.get());
+    const CMutexLocker lock(m_pMutex.get());
     ++m_counters.queued;
     m_pSample->AddNodeToDataList(node.release());
 }
 
 // Null when there is none, or when the oldest is empty or too large.
 std::unique_ptr<BUF_NODE> QFrameBufManager::OldestThatFits(uint32_t capacity) {
-    const QMutexLocker lock(m_pMutex.get());
+    const CMutexLocker lock(m_pMutex.get());
     std::unique_ptr<BUF_NODE> node(m_pSample->GetDataNode());
     if (!node)
         return nullptr;
@@ -79,7 +79,7 @@ std::unique_ptr<BUF_NODE> QFrameBufManager::OldestThatFits(uint32_t capacity) {
 }
 
 void QFrameBufManager::GiveBack(std::unique_ptr<BUF_NODE> node) {
-    const QMutexLocker lock(m_pMutex.get());
+    const CMutexLocker lock(m_pMutex.get());
     ++m_counters.taken;
     m_pSample->AddNodeToSpareList(node.release());
 }
@@ -111,7 +111,7 @@ int QFrameBufManager::TakeOneFrame(std::unique_ptr<uint8_t[]>& buffer, uint32_t 
 }
 
 void QFrameBufManager::ClearFrameBufList() {
-    const QMutexLocker lock(m_pMutex.get());
+    const CMutexLocker lock(m_pMutex.get());
     while (BUF_NODE* node = m_pSample->GetDataNode()) {
         ++m_counters.cleared;
         m_pSample->AddNodeToSpareList(node);
@@ -119,11 +119,11 @@ void QFrameBufManager::ClearFrameBufList() {
 }
 
 _FRAME_QUEUE_COUNTERS_ QFrameBufManager::GetCounters() const {
-    const QMutexLocker lock(m_pMutex.get());
+    const CMutexLocker lock(m_pMutex.get());
     return m_counters;
 }
 
 uint32_t QFrameBufManager::GetWaitingCount() const {
-    const QMutexLocker lock(m_pMutex.get());
+    const CMutexLocker lock(m_pMutex.get());
     return m_pSample->GetDataListCount();
 }

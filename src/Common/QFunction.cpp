@@ -1,6 +1,6 @@
 #include "Common/QFunction.h"
+#include "Common/CMutexLocker.h"
 
-#include <QMutexLocker>
 #include <QStringList>
 #include <QTime>
 #include <algorithm>
@@ -61,14 +61,14 @@ bool IsAddressOfFourBytes(const QString& text, QStringList& parts) {
 } // namespace
 
 QFunction* QFunction::Instance() {
-    const QMutexLocker lock(&g_instanceMutex);
+    const CMutexLocker lock(&g_instanceMutex);
     if (!ms_pSingleFunction)
         ms_pSingleFunction = new QFunction;
     return ms_pSingleFunction;
 }
 
 void QFunction::Release() {
-    const QMutexLocker lock(&g_instanceMutex);
+    const CMutexLocker lock(&g_instanceMutex);
     delete ms_pSingleFunction;
     ms_pSingleFunction = nullptr;
     m_pWideChars.reset();

@@ -1,5 +1,6 @@
 #include "Common/QLocalCfg.h"
 
+#include "Common/CMutexLocker.h"
 #include "Common/SettingsLocation.h"
 
 #include <QCoreApplication>
@@ -97,7 +98,7 @@ void ForEachEntry(Values& values, Visit visit) {
 } // namespace
 
 QLocalCfg* QLocalCfg::Instance() {
-    const QMutexLocker lock(&g_instanceMutex);
+    const CMutexLocker lock(&g_instanceMutex);
     if (g_instance)
         return g_instance;
     const QString executableDir = QCoreApplication::applicationDirPath();
@@ -111,13 +112,13 @@ QLocalCfg* QLocalCfg::Instance() {
 }
 
 void QLocalCfg::ReleaseInstance() {
-    const QMutexLocker lock(&g_instanceMutex);
+    const CMutexLocker lock(&g_instanceMutex);
     delete g_instance;
     g_instance = nullptr;
 }
 
 void QLocalCfg::SetDirectory(const QString& directory) {
-    const QMutexLocker lock(&g_instanceMutex);
+    const CMutexLocker lock(&g_instanceMutex);
     g_directory = directory;
 }
 
@@ -130,7 +131,7 @@ QLocalCfg::~QLocalCfg() {
 }
 
 bool QLocalCfg::LoadDataFromIniFile() try {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     if (!QFile::exists(m_strDirectory + kLocalFile)) {
         if (m_values.dataOutputFolder.isEmpty())
             m_values.dataOutputFolder = FirstOutputFolder(m_strExecutableDir);
@@ -147,7 +148,7 @@ bool QLocalCfg::LoadDataFromIniFile() try {
 }
 
 bool QLocalCfg::LoadLangDataFromIniFile() try {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     if (!QFile::exists(m_strDirectory + kLangFile))
         return true;
     const QSettings file(m_strDirectory + kLangFile, QSettings::IniFormat);
@@ -160,7 +161,7 @@ bool QLocalCfg::LoadLangDataFromIniFile() try {
 void QLocalCfg::SaveDataToIniFile() {
     _LOCAL_CFG_ values;
     {
-        const QMutexLocker lock(&m_mutex);
+        const CMutexLocker lock(&m_mutex);
         values = m_values;
     }
     // deliberate: whatever the memory says, the next start is not the first one.
@@ -185,13 +186,13 @@ int QLocalCfg::GetFixedPlaybackSpeed() const {
 }
 
 int QLocalCfg::GetLanguageVersion() const {
-    const QMutexLocker lock(&m_mutex);
+    const CMutexLocker lock(&m_mutex);
     return m_nLanguage;
 }
 
 void QLocalCfg::SetLanguageVersion(int v) {
     {
-        const QMutexLocker lock(&m_mutex);
+        const CMutexLocker lock(&m_mutex);
         m_nLanguage = v;
     }
     // The one setting that is written at once, so that a killed program comes back in the chosen language.

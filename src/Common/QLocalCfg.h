@@ -1,6 +1,8 @@
 // All settings of the program: one getter and one setter each, kept in memory and stored in two INI files.
 #pragma once
 
+#include "Common/CMutexLocker.h"
+
 #include <QMutex>
 #include <QObject>
 #include <QString>
@@ -138,12 +140,12 @@ private:
 
     template<typename T>
     T Get(T _LOCAL_CFG_::*field) const {
-        const QMutexLocker lock(&m_mutex);
+        const CMutexLocker lock(&m_mutex);
         return m_values.*field;
     }
     template<typename T>
     void Set(T _LOCAL_CFG_::*field, const T& value) {
-        const QMutexLocker lock(&m_mutex);
+        const CMutexLocker lock(&m_mutex);
         m_values.*field = value;
     }
 

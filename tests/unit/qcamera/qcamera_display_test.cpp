@@ -100,6 +100,30 @@ INSTANTIATE_TEST_SUITE_P(All, DisplayFormat,
                                          FormatRow{"YUYV", 0x02100032, 0x2000, 27, 26, false}),
                          [](const auto& row) { return std::string(row.param.name); });
 
+TEST_F(Display, EveryFrameIsDrawnOrSkipped) {
+    Show();
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().redrawn >= 2; }));
+    camera->SetDisplayMode(10);
+    for (uint8_t i = 2; i <= 6; ++i)
+        PushAndWait(Frame(i));
+    EXPECT_GE(camera->GetCounters().undrawn, 4) << "a drawing may have been under way";
+    camera->SetDisplayMode(8);
+    _CAMERA_COUNTERS_ counters{};
+    ASSERT_TRUE(doubles.WaitUntil([&] {
+        counters = camera->GetCounters();
+        return counters.undrawn == 0 && counters.displayed - counters.redrawn + counters.skipped == 6;
+    }));
+    EXPECT_EQ(counters.received, 6);
+    EXPECT_GE(counters.skipped, 3);
+    camera->ClearRevFrameNum();
+    EXPECT_EQ(camera->GetCounters().skipped, 0);
+    PushAndWait(Frame(7));
+    ASSERT_TRUE(doubles.WaitUntil([&] {
+        counters = camera->GetCounters();
+        return counters.displayed - counters.redrawn + counters.skipped + counters.undrawn == 1;
+    }));
+}
+
 TEST_F(Display, AFailedConversionStillDraws) {
     doubles.SetResult("OV_MP_ConvertPixelType", 0x80000001);
     Show(0x01080009);

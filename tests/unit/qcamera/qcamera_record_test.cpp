@@ -1,5 +1,9 @@
 #include "QCameraFixture.h"
 
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
 namespace {
 
 using Strings = std::vector<std::string>;
@@ -155,6 +159,95 @@ TEST_F(Record, AStopOfTheStreamClearsTheFlag) {
     EXPECT_FALSE(camera->IsRecord());
     EXPECT_EQ(camera->StopRecord(), 0);
     EXPECT_EQ(Content().size(), 64 * 48);
+}
+
+// Holds the save thread inside the encoder until it is let go.
+class Gate {
+public:
+    void Hold() {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_held = true;
+        m_changed.notify_all();
+        m_changed.wait(lock, [this] { return m_open; });
+    }
+    void WaitUntilHeld() {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_held; });
+    }
+    void LetGo() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_open = true;
+        m_changed.notify_all();
+    }
+
+private:
+    std::mutex m_mutex; // guards the two below
+    std::condition_variable m_changed;
+    bool m_held = false;
+    bool m_open = false;
+};
+
+TEST_F(Record, ASecondRecordingBeginsWithItsOwnFrames) {
+    QLocalCfg::Instance()->SetDataOutputFolder(folder.path());
+    Gate gate;
+    doubles.OnCall("OV_MP_SaveImage", [&gate] { gate.Hold(); });
+    Start();
+    ASSERT_EQ(Begin(), 0);
+    camera->SetImgSave();
+    PushAndWait(Frame(1));
+    gate.WaitUntilHeld();
+    PushAndWait(Frame(2));
+    PushAndWait(Frame(3));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().queued == 3; }));
+    camera->SetImgSave();
+    ASSERT_EQ(camera->StopRecord(), 0);
+    gate.LetGo();
+    file = folder.filePath("second.raw").toUtf8();
+    ASSERT_EQ(Begin(), 0);
+    EXPECT_EQ(camera->GetCounters().cleared, 2) << "those that the first one left";
+    PushAndWaitForRecord(9);
+    camera->StopRecord();
+    EXPECT_EQ(Content(), QByteArray(64 * 48, 9));
+    const _CAMERA_COUNTERS_ counters = camera->GetCounters();
+    EXPECT_EQ(counters.queued, 4);
+    EXPECT_EQ(counters.taken, 2);
+}
+
+TEST_F(Record, ASnapshotTakesNoFramesPlace) {
+    QLocalCfg::Instance()->SetDataOutputFolder(folder.path());
+    Start();
+    for (uint8_t round = 0; round < 5; ++round) {
+        Gate gate;
+        doubles.OnCall("OV_MP_SaveImage", [&gate] { gate.Hold(); });
+        ASSERT_EQ(Begin(), 0);
+        const int64_t before = camera->GetCounters().recorded;
+        camera->SetImgSave();
+        PushAndWait(Frame(1));
+        gate.WaitUntilHeld();
+        PushAndWait(Frame(2));
+        std::thread snapshot([this] { camera->SaveCurrentFrame(); });
+        gate.LetGo();
+        snapshot.join();
+        ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().recorded == before + 2; }));
+        camera->SetImgSave();
+        camera->StopRecord();
+        EXPECT_EQ(Content(), QByteArray(64 * 48, 1) + QByteArray(64 * 48, 2)) << "round " << int(round);
+    }
+}
+
+TEST_F(Record, CountersOutliveTheStream) {
+    Start();
+    ASSERT_EQ(Begin(), 0);
+    PushAndWaitForRecord(1);
+    ASSERT_EQ(camera->StopRecord(), 0);
+    ASSERT_EQ(camera->StopGettingFrame(), 0);
+    EXPECT_EQ(camera->GetCounters().taken, 1);
+    ASSERT_EQ(camera->OnStartGettingFrame(true), 0);
+    ASSERT_EQ(Begin(), 0);
+    PushAndWaitForRecord(2);
+    EXPECT_EQ(camera->GetCounters().taken, 2);
+    EXPECT_EQ(camera->GetCounters().queued, 2);
+    camera->StopRecord();
 }
 
 TEST_F(Record, StopWithoutARecording) {
