@@ -23,6 +23,7 @@ public:
     Status Move(uint32_t, uint32_t mask, uint32_t) override {
         return mask == 0 ? Status::InvalidParameter : Status::Success;
     }
+    void Reboot() override {}
     void RequestResend(const ResendRequest&) override {}
 };
 

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "Device/ModelTraits.h"
 #include "Network/Socket.h"
 #include "Picture/PixelFormat.h"
 #include "Protocol/Wire.h"
@@ -62,11 +63,13 @@ uint32_t Format(const std::string& name) {
 }
 
 Model ModelOf(const std::string& name) {
-    if (name == "colour")
-        return Model::Colour;
-    if (name == "mono")
-        return Model::Mono;
-    Wrong("the models are colour and mono");
+    std::string known;
+    for (const ModelTraits& traits : kModels) {
+        if (name == traits.option)
+            return traits.model;
+        known += std::string(" ") + traits.option;
+    }
+    Wrong("\"" + name + "\" is none of the models" + known);
 }
 
 XmlFault XmlFaultOf(const std::string& name) {
@@ -111,7 +114,8 @@ std::vector<Option> CameraOptions() {
         {"--serial", "S", "serial number (VC000001)", [](State& s, Text t) { s.config.serial = t; }},
         {"--mac", "MAC", "MAC address (made from serial number and address)",
          [](State& s, Text t) { s.config.mac = Mac(t); }},
-        {"--model", "KIND", "colour or mono", [](State& s, Text t) { s.config.model = ModelOf(t); }},
+        {"--model", "KIND", "colour, mono, linescan or small",
+         [](State& s, Text t) { s.config.model = ModelOf(t); }},
         {"--model-name", "NAME", "model name", [](State& s, Text t) { s.config.modelName = t; }},
         {"--user-name", "NAME", "user-defined name", [](State& s, Text t) { s.config.userName = t; }},
         {"--pixel-format", "NAME", "pixel format at the start (Mono8)",

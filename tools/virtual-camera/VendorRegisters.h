@@ -30,6 +30,10 @@ constexpr uint32_t kVendorDuplicatePerMille = 0x0F000034;
 constexpr uint32_t kVendorReorderPerMille = 0x0F000038;
 constexpr uint32_t kVendorXmlFault = 0x0F00003C;
 
+// Input lines 0 to 3. Neither is a fault: they stand for the wires that a software camera lacks.
+constexpr uint32_t kVendorLineLevels = 0x0F000040; // a bit for each line, bit 0 is Line0; edges are triggers
+constexpr uint32_t kVendorPulseLine = 0x0F000044;  // writing a line's number gives a short pulse there
+
 // Read only: each of `Counters` in its order there, 8 bytes each, most significant first.
 constexpr uint32_t kVendorCounters = 0x0F000800;
 

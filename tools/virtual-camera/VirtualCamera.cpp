@@ -57,11 +57,11 @@ Site MakeSite(const Config& config) {
 
 class VirtualCamera::Impl {
 public:
-    explicit Impl(const Config& config)
-        : model(config, faults, counters)
+    Impl(const Config& config, std::shared_ptr<Flash> flash)
+        : model(config, faults, counters, std::move(flash))
         , stream(model, faults, counters, SharedScene(config))
         , server(model, stream, faults, counters) {
-        model.Attach(&stream);
+        model.Attach(&stream, [this] { server.Wake(); });
         faults.Set(config.faults);
         model.ApplyXmlFault();
     }
@@ -88,13 +88,14 @@ public:
     GvcpServer server;
 };
 
-VirtualCamera::VirtualCamera(Config config) : m_config(std::make_unique<Config>(std::move(config))) {}
+VirtualCamera::VirtualCamera(Config config)
+    : m_config(std::make_unique<Config>(std::move(config))), m_flash(std::make_shared<Flash>()) {}
 
 VirtualCamera::~VirtualCamera() = default;
 
 void VirtualCamera::Start() {
     m_impl.reset();
-    auto impl = std::make_unique<Impl>(*m_config);
+    auto impl = std::make_unique<Impl>(*m_config, m_flash);
     impl->Start(*m_config);
     m_impl = std::move(impl);
 }
@@ -152,7 +153,13 @@ bool VirtualCamera::IsControlled() const {
 void VirtualCamera::FireLine(uint32_t line) {
     if (line > 3)
         throw std::out_of_range("the lines are 0 to 3");
-    Running().model.Trigger(static_cast<TriggerSource>(static_cast<uint32_t>(TriggerSource::Line0) + line));
+    Running().model.PulseLine(line);
+}
+
+void VirtualCamera::SetLine(uint32_t line, bool high) {
+    if (line > 3)
+        throw std::out_of_range("the lines are 0 to 3");
+    Running().model.SetLine(line, high);
 }
 
 bool VirtualCamera::ReadRegister(uint32_t address, uint32_t& value) {

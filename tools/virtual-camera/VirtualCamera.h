@@ -20,7 +20,12 @@
 
 namespace vcam {
 
-enum class Model : uint8_t { Colour, Mono };
+enum class Model : uint8_t {
+    Colour,
+    Mono,     // colour features are in the XML and not implemented
+    LineScan, // monochrome; Height is the number of lines that make a frame
+    Small     // few features: what every camera has, and exposure and gain
+};
 
 enum class XmlFault : uint32_t {
     None = 0,
@@ -71,12 +76,13 @@ struct Config {
     std::string serial = "VC000001";
     std::string userName;
     uint32_t sensorWidth = 1920;       // a multiple of 16, 64 to 16384
-    uint32_t sensorHeight = 1080;      // a multiple of 4, 64 to 16384
+    uint32_t sensorHeight = 1080;      // a multiple of 4, 64 to 16384; line scan: the most lines of a frame
     uint32_t pixelFormat = 0x01080001; // GVSP code at the start
-    double frameRate = 30.0;
-    uint32_t linkSpeedMbps = 2500; // packets leave no faster; 0: as fast as they go
-    bool unpaced = false;          // frame after frame without a pause, whatever the features say
-    uint32_t mtu = 0;              // packets above this are swallowed, as by a narrow path; 0: no such limit
+    double frameRate = 30.0;           // line scan: of frames of `sensorHeight` lines
+    uint32_t rebootMs = 2000;          // how long a reset takes, from the answer to the next one
+    uint32_t linkSpeedMbps = 2500;     // packets leave no faster; 0: as fast as they go
+    bool unpaced = false;              // frame after frame without a pause, whatever the features say
+    uint32_t mtu = 0; // packets above this are swallowed, as by a narrow path; 0: no such limit
     bool zippedXml = false;
     uint64_t seed = 1;
     Faults faults;
@@ -116,6 +122,7 @@ struct Counters {
     uint64_t writesRefused = 0; // by refuseWrites
     uint64_t heartbeatsExpired = 0;
     uint64_t ignoredWhileSilent = 0;
+    uint64_t resets = 0; // by DeviceReset
     uint64_t forcedAddresses = 0;
 };
 
@@ -134,6 +141,8 @@ struct Patch {
     uint8_t red = 0, green = 0, blue = 0;
 };
 
+class Flash;
+
 class VirtualCamera {
 public:
     explicit VirtualCamera(Config config = {});
@@ -144,7 +153,8 @@ public:
     // Returns when the camera answers. Throws std::system_error (address taken, no right) or
     // std::invalid_argument.
     void Start();
-    // Ends without a word to anyone, like a pulled plug. Start again makes a fresh camera.
+    // Ends without a word to anyone, like a pulled plug. Start again makes a camera that knows nothing but
+    // what real ones keep without power: user sets, files, DeviceUserID, the persistent IP configuration.
     void Stop();
 
     // All below: any thread, while started.
@@ -158,7 +168,8 @@ public:
     std::string Xml() const;  // as made, before any fault
     bool IsStreaming() const; // acquiring, or still sending the last frame
     bool IsControlled() const;
-    void FireLine(uint32_t line); // a rising edge on input line 0 to 3, a trigger source
+    void FireLine(uint32_t line);           // a short pulse on input line 0 to 3, a trigger source
+    void SetLine(uint32_t line, bool high); // a level there
 
     // The register space from the device's side: hooks run, no access right is asked for. False when refused.
     bool ReadRegister(uint32_t address, uint32_t& value);
@@ -169,6 +180,7 @@ private:
     Impl& Running() const; // throws std::logic_error before Start
 
     std::unique_ptr<Config> m_config;
+    std::shared_ptr<Flash> m_flash; // what the camera keeps without power
     std::unique_ptr<Impl> m_impl;
 };
 

@@ -17,6 +17,7 @@ class Outlet : public GvcpResponder::Outlet {
 public:
     void Send(const Peer& to, const Bytes& answer, bool) override { sent.push_back({to, answer}); }
     Status Move(uint32_t, uint32_t, uint32_t) override { return Status::Success; }
+    void Reboot() override {}
     void RequestResend(const ResendRequest& request) override { resends.push_back(request); }
     std::vector<std::pair<Peer, Bytes>> sent;
     std::vector<ResendRequest> resends;

@@ -19,7 +19,9 @@ void DeviceModel::DefineBootstrap(FeatureBuilder& build) {
     memory.DefineString(kDeviceVersion, 32, m_config.deviceVersion, readOnly);
     memory.DefineString(kManufacturerInfo, 48, m_config.manufacturerInfo, readOnly);
     memory.DefineString(kSerialNumber, 16, m_config.serial, readOnly);
-    memory.DefineString(kUserName, 16, m_config.userName, Access::ReadWrite);
+    RegisterHooks kept;
+    kept.written = [this] { KeepNetwork(); };
+    memory.DefineString(kUserName, 16, m_config.userName, Access::ReadWrite, kept);
     memory.DefineString(kFirstUrl, kUrlLength, "", readOnly);
     memory.DefineString(kSecondUrl, kUrlLength, "", readOnly);
     // The discovery record is a copy of what begins at 0, so the holes in it read as zero.
@@ -32,18 +34,21 @@ void DeviceModel::DefineBootstrapNetwork(FeatureBuilder& build) {
     constexpr auto readOnly = Access::ReadOnly;
     memory.Define32(kIpCapability, kPersistentIpBit | kDhcpBit | kLinkLocalBit, readOnly);
     RegisterHooks linkLocalAlways; // a device may not give it up
-    linkLocalAlways.written = [&memory] {
+    linkLocalAlways.written = [this, &memory] {
         const uint32_t all = kPersistentIpBit | kDhcpBit | kLinkLocalBit;
         memory.Set32(kIpConfiguration, (memory.Get32(kIpConfiguration) & all) | kLinkLocalBit);
+        KeepNetwork();
     };
     memory.Define32(kIpConfiguration, kDhcpBit | kLinkLocalBit, Access::ReadWrite, linkLocalAlways);
     memory.Define32(kCurrentIp, 0, readOnly);
     memory.Define32(kCurrentMask, 0, readOnly);
     memory.Define32(kCurrentGateway, 0, readOnly);
     memory.Define32(kInterfaceCount, 1, readOnly);
-    memory.Define32(kPersistentIp, 0, Access::ReadWrite);
-    memory.Define32(kPersistentMask, 0, Access::ReadWrite);
-    memory.Define32(kPersistentGateway, 0, Access::ReadWrite);
+    RegisterHooks kept;
+    kept.written = [this] { KeepNetwork(); };
+    memory.Define32(kPersistentIp, 0, Access::ReadWrite, kept);
+    memory.Define32(kPersistentMask, 0, Access::ReadWrite, kept);
+    memory.Define32(kPersistentGateway, 0, Access::ReadWrite, kept);
     memory.Define32(kLinkSpeed, m_config.linkSpeedMbps > 0 ? m_config.linkSpeedMbps : 100000, readOnly);
     memory.Define32(kActiveLinkCount, 1, readOnly);
     memory.Define32(kPhysicalLinkCapability, 1, readOnly); // a single link
@@ -81,6 +86,12 @@ void DeviceModel::DefineBootstrapControl(FeatureBuilder& build) {
     memory.Define32(kControlPrivilege, 0, Access::ReadWrite);
     memory.Define32(kPrimaryPort, 0, readOnly);
     memory.Define32(kPrimaryAddress, 0, readOnly);
+}
+
+void DeviceModel::SetNetwork(uint32_t address, uint32_t mask, uint32_t gateway) {
+    m_memory.Set32(kCurrentIp, address);
+    m_memory.Set32(kCurrentMask, mask);
+    m_memory.Set32(kCurrentGateway, gateway);
 }
 
 void DeviceModel::SetTimestampLatch() {

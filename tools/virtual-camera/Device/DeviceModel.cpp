@@ -3,18 +3,13 @@
 #include "Device/BootstrapRegisters.h"
 #include "Device/FeatureRegisters.h"
 #include "Device/XmlFile.h"
-#include "Protocol/GvspCodec.h"
 
 #include <algorithm>
-#include <cmath>
 #include <stdexcept>
 
 namespace vcam {
 
 namespace {
-
-constexpr double kLineTimeUs = 2.0; // the sensor reads a line in this time
-constexpr uint32_t kBlankLines = 20;
 
 int64_t Nanoseconds(Clock::time_point at) {
     return std::chrono::duration_cast<std::chrono::nanoseconds>(at.time_since_epoch()).count();
@@ -39,60 +34,90 @@ void CheckConfig(const Config& config) {
     if (config.sensorHeight < 64 || config.sensorHeight > 16384 || config.sensorHeight % 4 != 0)
         wrong("the sensor's height must be a multiple of 4 from 64 to 16384");
     const PixelFormat* format = FindPixelFormat(config.pixelFormat);
-    if (format == nullptr || (config.model == Model::Mono && format->layout != Layout::Mono))
+    if (format == nullptr || (!TraitsOf(config.model).colour && format->layout != Layout::Mono))
         wrong("the camera does not have this pixel format");
     if (!(config.frameRate >= 0.1 && config.frameRate <= 10000))
         wrong("the frame rate must be from 0.1 to 10000");
     if (config.serial.empty() || config.serial.size() > 15 || config.userName.size() > 15)
         wrong("serial number and user name have up to 15 characters, the serial number at least one");
+    if (config.rebootMs > 60000)
+        wrong("a reset takes at most 60 s");
 }
 
 } // namespace
 
-size_t PayloadBytes(const StreamSettings& settings) {
-    size_t bytes = PictureBytes(settings.picture);
-    if (settings.chunkMode) {
-        bytes += 8; // id and length of the picture's own chunk
-        for (uint32_t chunk = 0; chunk < kChunkCount; ++chunk)
-            bytes += (settings.chunks >> chunk) & 1 ? 16 : 0;
-    }
-    return bytes;
-}
-
-DeviceModel::DeviceModel(const Config& config, FaultPanel& faults, CounterBoard& counters)
+DeviceModel::DeviceModel(const Config& config, FaultPanel& faults, CounterBoard& counters,
+                         std::shared_ptr<Flash> flash)
     : m_config(config)
+    , m_traits(TraitsOf(config.model))
     , m_faults(faults)
     , m_counters(counters)
+    , m_flash(std::move(flash))
     , m_geometry(config.sensorWidth, config.sensorHeight)
     , m_started(Clock::now()) {
     CheckConfig(config);
     if (m_config.modelName.empty())
-        m_config.modelName = config.model == Model::Colour ? "KV-2000C" : "KV-2000M";
+        m_config.modelName = m_traits.modelName;
     m_mac = config.mac;
     if (m_mac == std::array<uint8_t, 6>{})
         m_mac = MadeMac(config);
     m_tickZero = Nanoseconds(m_started);
 
     XmlDocument xml;
-    FeatureBuilder build(m_memory, xml);
-    DefineBootstrap(build);
-    DefineBootstrapNetwork(build);
-    DefineBootstrapControl(build);
-    DefineStreamChannel(build);
-    DefineDevice(build);
-    DefineImageFormat(build);
-    DefineRegion(build);
-    DefineAcquisition(build);
-    DefineExposure(build);
-    DefineTrigger(build);
-    DefineTransport(build);
-    DefineTransportNodes(build);
-    DefineChunks(build);
-    DefineVendor(build);
-    DefineVendorCounters(build);
+    FeatureBuilder build(m_memory, xml, WhileIdle());
+    build.UserSets(m_traits.full);
+    using Group = void (DeviceModel::*)(FeatureBuilder&);
+    static constexpr Group kEveryCamera[] = {
+        &DeviceModel::DefineBootstrap,        &DeviceModel::DefineBootstrapNetwork,
+        &DeviceModel::DefineBootstrapControl, &DeviceModel::DefineStreamChannel,
+        &DeviceModel::DefineInquiries,        &DeviceModel::DefineDevice,
+        &DeviceModel::DefineSensor,           &DeviceModel::DefineRegionSelector,
+        &DeviceModel::DefineRegion,           &DeviceModel::DefinePixelFormat,
+        &DeviceModel::DefineAcquisition,      &DeviceModel::DefineRates,
+        &DeviceModel::DefineExposure,         &DeviceModel::DefineGain,
+        &DeviceModel::DefineTransport,        &DeviceModel::DefineControlNodes,
+        &DeviceModel::DefineStreamNodes,      &DeviceModel::DefineNetworkNodes,
+    };
+    static constexpr Group kFullCamera[] = {
+        &DeviceModel::DefineTemperature, &DeviceModel::DefineImageFormat,  &DeviceModel::DefineBinning,
+        &DeviceModel::DefineCompression, &DeviceModel::DefineLineRates,    &DeviceModel::DefineTrigger,
+        &DeviceModel::DefineLines,       &DeviceModel::DefineOutputs,      &DeviceModel::DefineTones,
+        &DeviceModel::DefineAutoAreas,   &DeviceModel::DefineWhiteBalance, &DeviceModel::DefineHdr,
+        &DeviceModel::DefineLut,         &DeviceModel::DefineFrameInfo,    &DeviceModel::DefineUserSets,
+        &DeviceModel::DefineFiles,       &DeviceModel::DefineChunks,
+    };
+    static constexpr Group kTestRig[] = {&DeviceModel::DefineVendor, &DeviceModel::DefineVendorCounters};
+    const auto define = [&](const auto& groups) {
+        for (const Group group : groups)
+            (this->*group)(build);
+    };
+    define(kEveryCamera);
+    if (m_traits.full)
+        define(kFullCamera);
+    define(kTestRig);
+    m_settings = build.Settings();
     m_xml = xml.Text(m_config.manufacturer, m_config.modelName, m_config.manufacturerInfo);
     m_memory.Define(feature::kXml, Bytes(4), Access::ReadOnly);
+    m_powerUp = m_memory.Contents();
+    for (const uint32_t address : m_settings)
+        m_factorySettings[address] = m_powerUp.at(address);
+    PowerUp();
     ApplyXmlFault();
+}
+
+void DeviceModel::PowerUp() {
+    std::map<uint32_t, Bytes> registers = m_powerUp;
+    registers.erase(feature::kXml); // it may be broken on purpose
+    registers.erase(bootstrap::kFirstUrl);
+    registers.erase(bootstrap::kStreamSourcePort); // the socket stays
+    m_memory.Restore(registers);
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_openFiles.clear();
+        m_pulseBegan.reset();
+    }
+    m_tickZero = Nanoseconds(Clock::now());
+    ReadFlash();
 }
 
 void DeviceModel::ApplyXmlFault() {
@@ -116,6 +141,14 @@ std::function<void()> DeviceModel::Changed() {
     };
 }
 
+uint32_t DeviceModel::Word(uint32_t address, uint32_t fallback) const {
+    return m_memory.Has(address) ? m_memory.Get32(address) : fallback;
+}
+
+double DeviceModel::Real(uint32_t address, double fallback) const {
+    return m_memory.Has(address) ? m_memory.GetDouble(address) : fallback;
+}
+
 uint64_t DeviceModel::Ticks() const {
     return static_cast<uint64_t>(Nanoseconds(Clock::now()) - m_tickZero.load());
 }
@@ -124,121 +157,6 @@ Bytes DeviceModel::DiscoveryRecord() {
     Bytes record(kDiscoveryRecordLength);
     m_memory.Read(bootstrap::kVersion, record.data(), record.size());
     return record;
-}
-
-void DeviceModel::SetNetwork(uint32_t address, uint32_t mask, uint32_t gateway) {
-    m_memory.Set32(bootstrap::kCurrentIp, address);
-    m_memory.Set32(bootstrap::kCurrentMask, mask);
-    m_memory.Set32(bootstrap::kCurrentGateway, gateway);
-}
-
-uint32_t DeviceModel::TriggerRegister(TriggerKind kind, uint32_t offset) const {
-    return feature::kTriggerSets + static_cast<uint32_t>(kind) * feature::kTriggerSetStride + offset;
-}
-
-StreamSettings DeviceModel::Settings() const {
-    StreamSettings s;
-    s.picture.width = m_memory.Get32(feature::kWidth);
-    s.picture.height = m_memory.Get32(feature::kHeight);
-    s.picture.offsetX = m_memory.Get32(feature::kOffsetX);
-    s.picture.offsetY = m_memory.Get32(feature::kOffsetY);
-    s.picture.pixelFormat = m_memory.Get32(feature::kPixelFormat);
-    s.picture.reverseX = m_memory.Get32(feature::kReverseX) != 0;
-    s.picture.reverseY = m_memory.Get32(feature::kReverseY) != 0;
-    s.picture.testPattern = static_cast<TestPattern>(m_memory.Get32(feature::kTestPattern));
-    s.picture.exposure = m_memory.GetDouble(feature::kExposureTime);
-    s.picture.gain = m_memory.GetDouble(feature::kGain);
-    s.mode = static_cast<AcquisitionMode>(m_memory.Get32(feature::kAcquisitionMode));
-    s.frameCount = m_memory.Get32(feature::kAcquisitionFrameCount);
-    s.periodUs = FramePeriodUs();
-    s.leastPeriodUs = LeastPeriodUs();
-    s.frameTrigger =
-        m_memory.Get32(TriggerRegister(TriggerKind::FrameStart, feature::kTriggerModeOffset)) != 0;
-    s.acquisitionTrigger =
-        m_memory.Get32(TriggerRegister(TriggerKind::AcquisitionStart, feature::kTriggerModeOffset)) != 0;
-    s.frameTriggerDelayUs =
-        m_memory.GetDouble(TriggerRegister(TriggerKind::FrameStart, feature::kTriggerDelayOffset));
-    const uint32_t size = m_memory.Get32(bootstrap::kStreamPacketSize);
-    s.packetSize = size & bootstrap::kPacketSizeMask;
-    s.doNotFragment = (size & bootstrap::kDoNotFragmentBit) != 0;
-    s.packetDelayNs = m_memory.Get32(bootstrap::kStreamPacketDelay);
-    s.destination = m_memory.Get32(bootstrap::kStreamDestination);
-    s.port = static_cast<uint16_t>(m_memory.Get32(bootstrap::kStreamHostPort));
-    s.chunkMode = m_memory.Get32(feature::kChunkModeActive) != 0;
-    for (uint32_t chunk = 0; chunk < kChunkCount; ++chunk)
-        s.chunks |= (m_memory.Get32(feature::kChunkEnable + 4 * chunk) & 1) << chunk;
-    return s;
-}
-
-double DeviceModel::TransferTimeUs() const {
-    const uint32_t packetSize = m_memory.Get32(bootstrap::kStreamPacketSize) & bootstrap::kPacketSizeMask;
-    const double perPacket = packetSize - static_cast<uint32_t>(kGvspPacketOverhead);
-    PictureSettings picture;
-    picture.width = m_memory.Get32(feature::kWidth);
-    picture.height = m_memory.Get32(feature::kHeight);
-    picture.pixelFormat = m_memory.Get32(feature::kPixelFormat);
-    const double packets = std::ceil(static_cast<double>(PictureBytes(picture)) / perPacket) + 2;
-    double each = m_memory.Get32(bootstrap::kStreamPacketDelay) / 1000.0;
-    if (m_config.linkSpeedMbps > 0)
-        each += packetSize * 8.0 / m_config.linkSpeedMbps;
-    return packets * each;
-}
-
-double DeviceModel::LeastPeriodUs() const {
-    const double readout = (m_memory.Get32(feature::kHeight) + kBlankLines) * kLineTimeUs;
-    return std::max({readout, m_memory.GetDouble(feature::kExposureTime), TransferTimeUs()});
-}
-
-double DeviceModel::FramePeriodUs() const {
-    double period = LeastPeriodUs();
-    if (m_memory.Get32(feature::kAcquisitionFrameRateEnable) != 0)
-        period = std::max(period, 1e6 / m_memory.GetDouble(feature::kAcquisitionFrameRate));
-    return period;
-}
-
-std::vector<Patch> DeviceModel::Patches() const {
-    const PictureSettings s = Settings().picture;
-    const std::array<uint16_t, 256> curve = ToneCurve(s);
-    const auto toned = [&curve](uint8_t value) { return static_cast<uint8_t>(curve[value] >> 4); };
-    std::vector<Patch> patches;
-    if (s.testPattern != TestPattern::Off)
-        return patches;
-    for (const ScenePatch& scene : m_geometry.Patches()) {
-        const Rect& place = scene.place;
-        if (place.x < s.offsetX || place.y < s.offsetY || place.x + place.width > s.offsetX + s.width ||
-            place.y + place.height > s.offsetY + s.height)
-            continue;
-        Patch patch;
-        patch.name = scene.name;
-        patch.x = place.x - s.offsetX;
-        patch.y = place.y - s.offsetY;
-        patch.width = place.width;
-        patch.height = place.height;
-        if (s.reverseX)
-            patch.x = s.width - patch.x - patch.width;
-        if (s.reverseY)
-            patch.y = s.height - patch.y - patch.height;
-        patch.red = toned(scene.colour.red);
-        patch.green = toned(scene.colour.green);
-        patch.blue = toned(scene.colour.blue);
-        patches.push_back(patch);
-    }
-    return patches;
-}
-
-void DeviceModel::Trigger(TriggerSource source) {
-    if (m_stream == nullptr)
-        return;
-    for (const TriggerKind kind : {TriggerKind::AcquisitionStart, TriggerKind::FrameStart}) {
-        const bool on = m_memory.Get32(TriggerRegister(kind, feature::kTriggerModeOffset)) != 0;
-        const uint32_t wanted = m_memory.Get32(TriggerRegister(kind, feature::kTriggerSourceOffset));
-        if (!on || wanted != static_cast<uint32_t>(source))
-            continue;
-        if (kind == TriggerKind::FrameStart)
-            m_stream->FrameTrigger();
-        else
-            m_stream->AcquisitionTrigger();
-    }
 }
 
 void DeviceModel::ReleaseChannels() {

@@ -58,6 +58,112 @@ Check All(std::vector<Check> checks) {
     };
 }
 
+Check ProtectedWhile(std::function<bool()> condition) {
+    return [condition = std::move(condition)](const Bytes&) {
+        return condition() ? Status::WriteProtect : Status::Success;
+    };
+}
+
+std::string DisplayNameOf(const std::string& name) {
+    const auto upper = [&name](size_t i) { return i < name.size() && name[i] >= 'A' && name[i] <= 'Z'; };
+    const auto lower = [&name](size_t i) { return i < name.size() && name[i] >= 'a' && name[i] <= 'z'; };
+    const auto digit = [&name](size_t i) { return i < name.size() && name[i] >= '0' && name[i] <= '9'; };
+    std::string words;
+    for (size_t i = 0; i < name.size(); ++i) {
+        const bool begins =
+            i > 1 && upper(i) && (lower(i - 1) || digit(i - 1) || (upper(i - 1) && lower(i + 1)));
+        const bool counts = i > 0 && digit(i) && lower(i - 1);
+        if ((begins || counts) && words.back() != ' ')
+            words += ' ';
+        words += name[i] == '_' ? ' ' : name[i];
+    }
+    return words;
+}
+
+Feature& Feature::Tip(const std::string& text, const std::string& description) {
+    Face("ToolTip", text);
+    return Face("Description", description.empty() ? text : text + " " + description);
+}
+
+Feature& Feature::Range(int64_t low, int64_t high, int64_t step) {
+    m_face->Add("Min", low).Add("Max", high).Add("Inc", step);
+    if (m_owned && low < 0) { // two's complement
+        m_register->Replace("Sign", "Signed");
+        return Refuse([=](const Bytes& proposed) {
+            const auto value = static_cast<int32_t>(Get32(proposed.data()));
+            return value >= low && value <= high && (value - low) % step == 0 ? Status::Success
+                                                                              : Status::InvalidParameter;
+        });
+    }
+    if (m_owned)
+        Refuse(InRange(static_cast<uint32_t>(low), static_cast<uint32_t>(high), static_cast<uint32_t>(step)));
+    return *this;
+}
+
+Feature& Feature::RangeF(double low, double high) {
+    m_face->AddFloat("Min", low).AddFloat("Max", high);
+    return m_owned ? Refuse(InRangeF(low, high)) : *this;
+}
+
+Feature& Feature::Locked() {
+    Face("pIsLocked", "TLParamsLocked");
+    return m_owned ? Refuse(m_build->Idle()) : *this;
+}
+
+Feature& Feature::LockedIf(const std::string& node, std::function<bool()> condition) {
+    Face("pIsLocked", node);
+    return m_owned && condition ? Refuse(ProtectedWhile(std::move(condition))) : *this;
+}
+
+Feature& Feature::Per(const std::string& selector, uint32_t count, uint32_t stride) {
+    m_build->Xml().Find(selector)->Add("pSelected", m_face->Name());
+    m_register->Index(selector + "_Val", stride);
+    RegisterMemory& memory = m_build->Memory();
+    const std::vector<uint32_t> first = m_addresses;
+    for (uint32_t copy = 1; copy < count; ++copy) {
+        for (const uint32_t address : first) {
+            memory.DefineCopy(address, address + copy * stride);
+            m_addresses.push_back(address + copy * stride);
+        }
+    }
+    return *this;
+}
+
+Feature& Feature::Volatile(int64_t pollingMs) {
+    m_register->Add("Cachable", "NoCache");
+    if (pollingMs > 0)
+        m_register->Add("PollingTime", pollingMs);
+    return *this;
+}
+
+Feature& Feature::ChangesWith(std::initializer_list<const char*> features) {
+    for (const char* feature : features)
+        m_register->Add("pInvalidator", feature);
+    return *this;
+}
+
+Feature& Feature::Setting() {
+    Face("Streamable", "Yes");
+    if (!m_build->HasUserSets())
+        return *this;
+    m_register->Add("pInvalidator", "UserSetLoad");
+    for (const uint32_t address : m_addresses)
+        m_build->AddSetting(address);
+    return *this;
+}
+
+Feature& Feature::Refuse(Check check) {
+    for (const uint32_t address : m_addresses)
+        m_build->Memory().AddHooks(address, {{}, check, {}});
+    return *this;
+}
+
+Feature& Feature::OnWrite(std::function<void()> written) {
+    for (const uint32_t address : m_addresses)
+        m_build->Memory().AddHooks(address, {{}, {}, written});
+    return *this;
+}
+
 XmlNode& FeatureBuilder::RegisterNode(const std::string& kind, const std::string& name, uint32_t address,
                                       uint32_t length, Access access) {
     return m_xml.Node(kind, name)
@@ -70,7 +176,7 @@ XmlNode& FeatureBuilder::RegisterNode(const std::string& kind, const std::string
 XmlNode& FeatureBuilder::FaceNode(const std::string& kind, const std::string& name) {
     if (!m_category.empty())
         m_xml.List(m_category, name);
-    return m_xml.Node(kind, name);
+    return m_xml.Node(kind, name).Add("DisplayName", DisplayNameOf(name));
 }
 
 Feature FeatureBuilder::IntegerNodes(const std::string& name, uint32_t address, Access access,
@@ -78,13 +184,14 @@ Feature FeatureBuilder::IntegerNodes(const std::string& name, uint32_t address, 
     XmlNode& face = FaceNode("Integer", name).Add("pValue", name + "_Val");
     XmlNode& behind = RegisterNode("IntReg", name + "_Val", address, length, access);
     behind.Add("Sign", "Unsigned").Add("Endianess", "BigEndian");
-    return {face, behind};
+    return {*this, face, behind, address, false};
 }
 
 Feature FeatureBuilder::Integer(const std::string& name, uint32_t address, uint32_t initial, Access access,
                                 RegisterHooks hooks) {
     m_memory.Define32(address, initial, access, std::move(hooks));
-    return IntegerNodes(name, address, access);
+    const Feature made = IntegerNodes(name, address, access);
+    return {*this, *m_xml.Find(name), *m_xml.Find(name + "_Val"), made.Addresses().front(), true};
 }
 
 Feature FeatureBuilder::Float(const std::string& name, uint32_t address, double initial, Access access,
@@ -93,7 +200,7 @@ Feature FeatureBuilder::Float(const std::string& name, uint32_t address, double 
     XmlNode& face = FaceNode("Float", name).Add("pValue", name + "_Val");
     XmlNode& behind =
         RegisterNode("FloatReg", name + "_Val", address, 8, access).Add("Endianess", "BigEndian");
-    return {face, behind};
+    return {*this, face, behind, address, true};
 }
 
 Feature FeatureBuilder::Boolean(const std::string& name, uint32_t address, bool initial, Access access,
@@ -104,7 +211,7 @@ Feature FeatureBuilder::Boolean(const std::string& name, uint32_t address, bool 
         FaceNode("Boolean", name).Add("pValue", name + "_Val").Add("OnValue", 1).Add("OffValue", 0);
     XmlNode& behind = RegisterNode("IntReg", name + "_Val", address, 4, access);
     behind.Add("Sign", "Unsigned").Add("Endianess", "BigEndian");
-    return {face, behind};
+    return {*this, face, behind, address, true};
 }
 
 Feature FeatureBuilder::Enumeration(const std::string& name, uint32_t address, uint32_t initial,
@@ -117,11 +224,16 @@ Feature FeatureBuilder::Enumeration(const std::string& name, uint32_t address, u
     hooks.check = All({OneOf(std::move(values)), hooks.check});
     m_memory.Define32(address, initial, access, std::move(hooks));
     XmlNode& face = FaceNode("Enumeration", name).Add("pValue", name + "_Val");
-    for (const EnumValue& entry : entries)
-        face.Entry(entry.name, entry.value);
+    for (const EnumValue& entry : entries) {
+        XmlNode& node = face.Entry(entry.name, entry.value).Add("DisplayName", DisplayNameOf(entry.name));
+        if (entry.implementedIf != nullptr)
+            node.Add("pIsImplemented", entry.implementedIf);
+        if (entry.availableIf != nullptr)
+            node.Add("pIsAvailable", entry.availableIf);
+    }
     XmlNode& behind = RegisterNode("IntReg", name + "_Val", address, 4, access);
     behind.Add("Sign", "Unsigned").Add("Endianess", "BigEndian");
-    return {face, behind};
+    return {*this, face, behind, address, true};
 }
 
 Feature FeatureBuilder::Command(const std::string& name, uint32_t address, std::function<void()> execute) {
@@ -137,15 +249,23 @@ Feature FeatureBuilder::Command(const std::string& name, uint32_t address, std::
     XmlNode& face = FaceNode("Command", name).Add("pValue", name + "_Val").Add("CommandValue", 1);
     XmlNode& behind = RegisterNode("IntReg", name + "_Val", address, 4, Access::ReadWrite);
     behind.Add("Cachable", "NoCache").Add("Sign", "Unsigned").Add("Endianess", "BigEndian");
-    return {face, behind};
+    return {*this, face, behind, address, true};
+}
+
+Feature FeatureBuilder::BareRegister(const std::string& kind, const std::string& name, uint32_t address,
+                                     uint32_t length, Access access) {
+    if (!m_category.empty())
+        m_xml.List(m_category, name);
+    XmlNode& node = RegisterNode(kind, name, address, length, access);
+    node.Add("DisplayName", DisplayNameOf(name));
+    if (kind == "IntReg")
+        node.Add("Sign", "Unsigned").Add("Endianess", "BigEndian");
+    return {*this, node, node, address, false};
 }
 
 Feature FeatureBuilder::StringNode(const std::string& name, uint32_t address, uint32_t length,
                                    Access access) {
-    if (!m_category.empty())
-        m_xml.List(m_category, name);
-    XmlNode& node = RegisterNode("StringReg", name, address, length, access);
-    return {node, node};
+    return BareRegister("StringReg", name, address, length, access);
 }
 
 Feature FeatureBuilder::String(const std::string& name, uint32_t address, uint32_t length,
@@ -154,14 +274,31 @@ Feature FeatureBuilder::String(const std::string& name, uint32_t address, uint32
     return StringNode(name, address, length, access);
 }
 
-Feature FeatureBuilder::MaskedInteger(const std::string& name, uint32_t address, Access access,
-                                      unsigned lowBit, unsigned highBit) {
-    XmlNode& face = FaceNode("Integer", name).Add("pValue", name + "_Val");
+Feature FeatureBuilder::Masked(const std::string& kind, const std::string& name, uint32_t address,
+                               Access access, unsigned lowBit, unsigned highBit) {
+    XmlNode& face = FaceNode(kind, name).Add("pValue", name + "_Val");
     XmlNode& behind = RegisterNode("MaskedIntReg", name + "_Val", address, 4, access);
     // Bits are counted from the most significant one in a big-endian register.
     behind.Add("LSB", 31 - static_cast<int64_t>(lowBit)).Add("MSB", 31 - static_cast<int64_t>(highBit));
     behind.Add("Sign", "Unsigned").Add("Endianess", "BigEndian");
-    return {face, behind};
+    return {*this, face, behind, address, false};
+}
+
+Feature FeatureBuilder::MaskedInteger(const std::string& name, uint32_t address, Access access,
+                                      unsigned lowBit, unsigned highBit) {
+    return Masked("Integer", name, address, access, lowBit, highBit);
+}
+
+Feature FeatureBuilder::MaskedBoolean(const std::string& name, uint32_t address, Access access,
+                                      unsigned bit) {
+    Feature made = Masked("Boolean", name, address, access, bit, bit);
+    made.Node().Add("OnValue", 1).Add("OffValue", 0);
+    return made;
+}
+
+Feature FeatureBuilder::IntegerOf(const std::string& name, const std::string& node) {
+    XmlNode& face = FaceNode("Integer", name).Add("pValue", node);
+    return {*this, face, face, 0, false};
 }
 
 XmlNode& FeatureBuilder::Formula(const std::string& name,

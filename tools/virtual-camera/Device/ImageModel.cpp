@@ -1,103 +1,141 @@
-// Features of the device itself and of the image format.
-#include "Device/BootstrapRegisters.h"
+// Features of the image format: sensor, pixel format, region, binning, compression.
 #include "Device/DeviceModel.h"
 #include "Device/FeatureRegisters.h"
 
-#include <cmath>
+#include <algorithm>
 
 namespace vcam {
 
 using namespace feature;
 
 namespace {
-constexpr uint32_t kMinWidth = 32;
+
+constexpr uint32_t kMinWidth = 16;
 constexpr uint32_t kMinHeight = 16;
+constexpr uint32_t kMinLines = 2; // of a frame of a line scan camera
 constexpr uint32_t kWidthStep = 8;
 constexpr uint32_t kHeightStep = 2;
 constexpr uint32_t kOffsetStep = 2;
+constexpr const char* kRegionNames[kRegions] = {"Region0", "Region1"};
+
 } // namespace
 
-void DeviceModel::DefineDevice(FeatureBuilder& build) {
-    constexpr auto readOnly = Access::ReadOnly;
-    build.Category("DeviceControl");
-    build.StringNode("DeviceVendorName", bootstrap::kManufacturerName, 32, readOnly)
-        .Tip("Name of the maker.");
-    build.StringNode("DeviceModelName", bootstrap::kModelName, 32, readOnly).Tip("Model of the device.");
-    build.StringNode("DeviceManufacturerInfo", bootstrap::kManufacturerInfo, 48, readOnly)
-        .Tip("What the maker adds.");
-    build.StringNode("DeviceVersion", bootstrap::kDeviceVersion, 32, readOnly).Tip("Version of the device.");
-    build.StringNode("DeviceSerialNumber", bootstrap::kSerialNumber, 16, readOnly).Tip("Serial number.");
-    build.StringNode("DeviceID", bootstrap::kSerialNumber, 16, readOnly)
-        .Tip("Serial number.")
-        .Visible("Expert");
-    build.StringNode("DeviceUserID", bootstrap::kUserName, 16, Access::ReadWrite)
-        .Tip("Name given to the device by its user.");
-    RegisterHooks thermometer;
-    thermometer.beforeRead = [this] {
-        const double seconds = std::chrono::duration<double>(Clock::now() - m_started).count();
-        const double warm = 43.0 - 8.0 * std::exp(-seconds / 300.0); // warms up, then wanders
-        m_memory.SetDouble(kDeviceTemperature,
-                           warm + 0.6 * std::sin(seconds / 7.0) + 0.2 * std::sin(seconds / 1.7));
-    };
-    build.Float("DeviceTemperature", kDeviceTemperature, 35.0, readOnly, thermometer)
-        .Tip("Temperature inside the device.")
-        .Unit("C")
-        .Volatile(1000);
-}
-
-void DeviceModel::DefineImageFormat(FeatureBuilder& build) {
+void DeviceModel::DefineSensor(FeatureBuilder& build) {
     build.Category("ImageFormatControl");
     constexpr auto readOnly = Access::ReadOnly;
     build.Integer("SensorWidth", kSensorWidth, m_config.sensorWidth, readOnly)
         .Tip("Columns of the sensor.")
+        .Unit("pix")
         .Visible("Expert");
-    build.Integer("SensorHeight", kSensorHeight, m_config.sensorHeight, readOnly)
+    build.Integer("SensorHeight", kSensorHeight, m_traits.lineScan ? 1 : m_config.sensorHeight, readOnly)
         .Tip("Rows of the sensor.")
+        .Unit("pix")
         .Visible("Expert");
-    build.Integer("WidthMax", kWidthMax, m_config.sensorWidth, readOnly)
-        .Tip("Largest width.")
-        .Visible("Expert");
-    build.Integer("HeightMax", kHeightMax, m_config.sensorHeight, readOnly)
-        .Tip("Largest height.")
-        .Visible("Expert");
+    Feature width = build.Integer("WidthMax", kWidthMax, m_config.sensorWidth, readOnly);
+    width.Tip("Largest width.", "It depends on the binning.").Unit("pix").Visible("Expert");
+    Feature height = build.Integer("HeightMax", kHeightMax, m_config.sensorHeight, readOnly);
+    height.Tip("Largest height.", "It depends on the binning.").Unit("pix").Visible("Expert");
+    if (m_traits.full) {
+        width.ChangesWith({"BinningHorizontal", "UserSetLoad"});
+        height.ChangesWith({"BinningVertical", "UserSetLoad"});
+    }
+}
 
+void DeviceModel::DefinePixelFormat(FeatureBuilder& build) {
+    build.Category("ImageFormatControl");
     std::vector<EnumValue> formats;
     for (const PixelFormat& format : PixelFormats()) {
-        if (m_config.model == Model::Colour || format.layout == Layout::Mono)
+        if (m_traits.colour || format.layout == Layout::Mono)
             formats.push_back({format.name, format.code});
     }
     RegisterHooks format;
     format.check = WhileIdle();
-    format.written = [this] {
+    format.written = Changed();
+    Feature made = build.Enumeration("PixelFormat", kPixelFormat, m_config.pixelFormat, Access::ReadWrite,
+                                     formats, format);
+    made.Tip("Format of the pixels.", "The values are the codes of the stream protocol.").Locked().Setting();
+    made.Node().RenameEntries([](const std::string& name) { return name; }); // "Bayer RG 8" is nobody's word
+    RegisterHooks size;
+    size.beforeRead = [this] {
         m_memory.Set32(kPixelSize, FindPixelFormat(m_memory.Get32(kPixelFormat))->BitsPerPixel());
-        if (m_stream != nullptr)
-            m_stream->SettingsChanged();
     };
-    build.Enumeration("PixelFormat", kPixelFormat, m_config.pixelFormat, Access::ReadWrite, formats, format)
-        .Tip("Format of the pixels.")
-        .Locked();
     build
-        .Enumeration("PixelSize", kPixelSize, FindPixelFormat(m_config.pixelFormat)->BitsPerPixel(), readOnly,
-                     {{"Bpp8", 8}, {"Bpp12", 12}, {"Bpp16", 16}, {"Bpp24", 24}})
+        .Enumeration("PixelSize", kPixelSize, FindPixelFormat(m_config.pixelFormat)->BitsPerPixel(),
+                     Access::ReadOnly, {{"Bpp8", 8}, {"Bpp12", 12}, {"Bpp16", 16}, {"Bpp24", 24}}, size)
         .Tip("Bits of a pixel.")
         .Visible("Expert")
         .Volatile();
+}
 
-    RegisterHooks changes;
-    changes.written = Changed();
-    build.Boolean("ReverseX", kReverseX, false, Access::ReadWrite, changes).Tip("Mirrors left and right.");
-    build.Boolean("ReverseY", kReverseY, false, Access::ReadWrite, changes).Tip("Mirrors top and bottom.");
-    build
-        .Enumeration("TestPattern", kTestPattern, 0, Access::ReadWrite,
-                     {{"Off", 0},
-                      {"Black", 1},
-                      {"White", 2},
-                      {"GreyHorizontalRamp", 3},
-                      {"GreyVerticalRamp", 4},
-                      {"GreyHorizontalRampMoving", 5},
-                      {"ColorBar", 6}},
-                     changes)
-        .Tip("Picture of a generator instead of the scene.");
+void DeviceModel::DefineImageFormat(FeatureBuilder& build) {
+    build.Category("ImageFormatControl");
+    build.Boolean("ReverseX", kReverseX, false, Access::ReadWrite)
+        .Tip("Mirrors left and right.")
+        .OnWrite(Changed())
+        .Setting();
+    build.Boolean("ReverseY", kReverseY, false, Access::ReadWrite)
+        .Tip("Mirrors top and bottom.")
+        .ImplementedIf("AreaScanInquiry")
+        .OnWrite(Changed())
+        .Setting();
+    std::vector<EnumValue> patterns = {{"Off", 0},
+                                       {"Black", 1},
+                                       {"White", 2},
+                                       {"GreyHorizontalRamp", 3},
+                                       {"GreyVerticalRamp", 4},
+                                       {"GreyHorizontalRampMoving", 5}};
+    if (m_traits.colour)
+        patterns.push_back({"ColorBar", 6});
+    build.Enumeration("TestPattern", kTestPattern, 0, Access::ReadWrite, patterns)
+        .Tip("Picture of a generator instead of the scene.")
+        .OnWrite(Changed())
+        .Setting();
+}
+
+uint32_t DeviceModel::ActiveRegion() const {
+    for (uint32_t region = 1; region < kRegions; ++region) {
+        if (On(kRegionMode + 4 * region))
+            return region;
+    }
+    return 0;
+}
+
+// The stream carries one region; switching one on switches the others off.
+void DeviceModel::DefineRegionSelector(FeatureBuilder& build) {
+    if (!m_traits.full)
+        return;
+    build.Category("ImageFormatControl");
+    std::vector<EnumValue> regions;
+    for (uint32_t region = 0; region < kRegions; ++region)
+        regions.push_back({kRegionNames[region], region});
+    build.Enumeration("RegionSelector", kRegionSelector, 0, Access::ReadWrite, regions)
+        .Tip("The region that size and offsets below belong to.", "RegionMode says which one is sent.")
+        .Visible("Expert")
+        .Setting();
+    build.Enumeration("RegionMode", kRegionMode, 0, Access::ReadWrite, {{"Off", 0}, {"On", 1}})
+        .Per("RegionSelector", kRegions, 4)
+        .Tip("Whether the region is sent.",
+             "One region is sent at a time: to switch it off, switch another one on.")
+        .Visible("Expert")
+        .Locked()
+        .Setting();
+    m_memory.Set32(kRegionMode, 1);
+    for (uint32_t region = 0; region < kRegions; ++region) {
+        const uint32_t own = kRegionMode + 4 * region;
+        RegisterHooks hooks;
+        hooks.check = [this, own](const Bytes& proposed) {
+            const bool leavesNone = vcam::Get32(proposed.data()) == 0 && m_memory.Get32(own) != 0;
+            return leavesNone ? Status::WriteProtect : Status::Success;
+        };
+        hooks.written = [this, own] {
+            for (uint32_t other = kRegionMode; other < kRegionMode + 4 * kRegions; other += 4) {
+                if (m_memory.Get32(own) != 0 && other != own)
+                    m_memory.Set32(other, 0);
+            }
+            Changed()();
+        };
+        m_memory.AddHooks(own, hooks);
+    }
 }
 
 // Size and place of the picture on the sensor. Each must fit the others as they are.
@@ -108,49 +146,138 @@ void DeviceModel::DefineRegion(FeatureBuilder& build) {
         const char* offset;
         uint32_t offsetAddress;
         const char* maximum;
-        uint32_t sensor, least, step;
+        uint32_t maximumAddress, least, step;
+        const char* binning;
     };
+    const uint32_t leastHeight = m_traits.lineScan ? kMinLines : kMinHeight;
     const Axis axes[] = {
-        {"Width", kWidth, "OffsetX", kOffsetX, "WidthMax", m_config.sensorWidth, kMinWidth, kWidthStep},
-        {"Height", kHeight, "OffsetY", kOffsetY, "HeightMax", m_config.sensorHeight, kMinHeight, kHeightStep},
+        {"Width", kWidth, "OffsetX", kOffsetX, "WidthMax", kWidthMax, kMinWidth, kWidthStep,
+         "BinningHorizontal"},
+        {"Height", kHeight, "OffsetY", kOffsetY, "HeightMax", kHeightMax, leastHeight, kHeightStep,
+         "BinningVertical"},
     };
+    build.Category("ImageFormatControl");
     for (const Axis& axis : axes) {
-        RegisterHooks size;
-        size.check = WhileIdle([this, axis](const Bytes& proposed) {
-            const uint32_t room = axis.sensor - m_memory.Get32(axis.offsetAddress);
-            const uint32_t value = vcam::Get32(proposed.data());
-            return value >= axis.least && value <= room && value % axis.step == 0 ? Status::Success
-                                                                                  : Status::InvalidParameter;
-        });
-        size.written = Changed();
         const std::string sizeName = axis.size;
         const std::string offsetName = axis.offset;
-        build.Integer(sizeName, axis.sizeAddress, axis.sensor, Access::ReadWrite, size)
-            .Tip(sizeName + " of the picture in pixels.")
+        Feature size =
+            build.Integer(sizeName, axis.sizeAddress, m_memory.Get32(axis.maximumAddress), Access::ReadWrite);
+        Feature offset = build.Integer(offsetName, axis.offsetAddress, 0, Access::ReadWrite);
+        if (m_traits.full) {
+            size.Per("RegionSelector", kRegions, kRegionStride).ChangesWith({axis.binning});
+            offset.Per("RegionSelector", kRegions, kRegionStride).ChangesWith({axis.binning});
+        }
+        size.Tip(sizeName + " of the picture in pixels.", "Its maximum depends on " + offsetName + ".")
             .Unit("pix")
             .Locked()
-            .Node()
-            .Add("Min", axis.least)
-            .Add("pMax", sizeName + "Room")
-            .Add("Inc", axis.step);
-        build.Formula(sizeName + "Room", {{"WHOLE", axis.maximum}, {"OFFSET", offsetName}}, "WHOLE - OFFSET");
-
-        RegisterHooks offset;
-        offset.check = [this, axis](const Bytes& proposed) {
-            const uint32_t room = axis.sensor - m_memory.Get32(axis.sizeAddress);
-            const uint32_t value = vcam::Get32(proposed.data());
-            return value <= room && value % kOffsetStep == 0 ? Status::Success : Status::InvalidParameter;
-        };
-        offset.written = Changed();
-        build.Integer(offsetName, axis.offsetAddress, 0, Access::ReadWrite, offset)
-            .Tip("Where on the sensor the picture begins.")
+            .Setting()
+            .OnWrite(Changed());
+        size.Node().Add("Min", axis.least).Add("pMax", sizeName + "Room").Add("Inc", axis.step);
+        // A line has no place below another; its register is there all the same, for the formula.
+        const bool placeless = m_traits.lineScan && offsetName == "OffsetY";
+        build.Formula(sizeName + "Room",
+                      {{"WHOLE", axis.maximum}, {"OFFSET", placeless ? offsetName + "_Val" : offsetName}},
+                      "WHOLE - OFFSET");
+        offset.Tip("Where on the sensor the picture begins.", "Its maximum depends on " + sizeName + ".")
             .Unit("pix")
-            .Node()
-            .Add("Min", 0)
-            .Add("pMax", offsetName + "Room")
-            .Add("Inc", kOffsetStep);
+            .Setting()
+            .OnWrite(Changed());
+        offset.Node().Add("Min", 0).Add("pMax", offsetName + "Room").Add("Inc", kOffsetStep);
         build.Formula(offsetName + "Room", {{"WHOLE", axis.maximum}, {"SIZE", sizeName}}, "WHOLE - SIZE");
+        if (placeless)
+            offset.ImplementedIf("AreaScanInquiry");
+
+        const auto fits = [this, axis](uint32_t partner, uint32_t least, uint32_t step) -> Check {
+            return [this, axis, partner, least, step](const Bytes& proposed) {
+                const uint32_t room = m_memory.Get32(axis.maximumAddress) - m_memory.Get32(partner);
+                const uint32_t value = vcam::Get32(proposed.data());
+                return value >= least && value <= room && value % step == 0 ? Status::Success
+                                                                            : Status::InvalidParameter;
+            };
+        };
+        for (size_t region = 0; region < size.Addresses().size(); ++region) {
+            const uint32_t sizeAt = size.Addresses()[region];
+            const uint32_t offsetAt = offset.Addresses()[region];
+            m_memory.AddHooks(sizeAt, {{}, fits(offsetAt, axis.least, axis.step), {}});
+            m_memory.AddHooks(offsetAt, {{}, fits(sizeAt, 0, kOffsetStep), {}});
+        }
     }
+}
+
+uint32_t DeviceModel::Binning(uint32_t direction) const {
+    uint32_t product = 1;
+    for (uint32_t stage = 0; stage < kBinnings; ++stage)
+        product *= Word(kBinningHorizontal + 4 * direction + kBinningStride * stage, 1);
+    return product;
+}
+
+void DeviceModel::FitRegions() {
+    const uint32_t lineBinning = m_traits.lineScan ? 1 : Binning(1); // lines follow one another in time
+    const uint32_t widthMax = m_config.sensorWidth / Binning(0) / kWidthStep * kWidthStep;
+    const uint32_t heightMax = m_config.sensorHeight / lineBinning / kHeightStep * kHeightStep;
+    m_memory.Set32(kWidthMax, widthMax);
+    m_memory.Set32(kHeightMax, heightMax);
+    const auto fit = [this](uint32_t sizeAt, uint32_t offsetAt, uint32_t most, uint32_t least) {
+        const uint32_t size = std::clamp(m_memory.Get32(sizeAt), std::min(least, most), most);
+        m_memory.Set32(sizeAt, size);
+        m_memory.Set32(offsetAt,
+                       std::min(m_memory.Get32(offsetAt), (most - size) / kOffsetStep * kOffsetStep));
+    };
+    for (uint32_t region = 0; region < (m_traits.full ? kRegions : 1); ++region) {
+        fit(kWidth + region * kRegionStride, kOffsetX + region * kRegionStride, widthMax, kMinWidth);
+        fit(kHeight + region * kRegionStride, kOffsetY + region * kRegionStride, heightMax,
+            m_traits.lineScan ? kMinLines : kMinHeight);
+    }
+    if (m_traits.full)
+        FitAutoAreas();
+}
+
+// Two stages, one behind the other: in the sensor and in the camera's processor. What both do together makes
+// the picture smaller; the region is brought back into it.
+void DeviceModel::DefineBinning(FeatureBuilder& build) {
+    build.Category("ImageFormatControl");
+    build
+        .Enumeration("BinningSelector", kBinningSelector, 0, Access::ReadWrite,
+                     {{"Sensor", 0}, {"Digital", 1}})
+        .Tip("The stage that the binning below belongs to.")
+        .Visible("Expert")
+        .Setting();
+    for (const auto& [name, address, other] : {std::tuple{"BinningHorizontal", kBinningHorizontal, "columns"},
+                                               std::tuple{"BinningVertical", kBinningVertical, "rows"}}) {
+        Feature binning = build.Integer(name, address, 1, Access::ReadWrite);
+        binning.Per("BinningSelector", kBinnings, kBinningStride)
+            .Tip(std::string("Neighbouring ") + other + " that become one.", "Their mean is sent.")
+            .Visible("Expert")
+            .Range(1, 2)
+            .Locked()
+            .Setting()
+            .OnWrite([this] {
+                FitRegions();
+                Changed()();
+            });
+        if (address == kBinningVertical)
+            binning.ImplementedIf("AreaScanInquiry");
+    }
+}
+
+void DeviceModel::DefineCompression(FeatureBuilder& build) {
+    build.Category("ImageFormatControl");
+    build
+        .Enumeration("ImageCompressionMode", kImageCompressionMode, 0, Access::ReadWrite,
+                     {{"Off", 0}, {"JPEG", 1}})
+        .Tip("How pictures are compressed.", "Compressed pictures have no embedded information.")
+        .Locked()
+        .Setting()
+        .OnWrite(Changed());
+    build.Formula("CompressionInactive", {{"MODE", "ImageCompressionMode_Val"}}, "MODE = 0");
+    build.Formula("CompressionActive", {{"MODE", "ImageCompressionMode_Val"}}, "MODE <> 0");
+    build.Integer("ImageCompressionQuality", kImageCompressionQuality, 80, Access::ReadWrite)
+        .Tip("Quality of compressed pictures.", "Higher is better and longer.")
+        .Visible("Expert")
+        .Range(1, 100)
+        .AvailableIf("CompressionActive")
+        .Setting()
+        .OnWrite(Changed());
 }
 
 } // namespace vcam

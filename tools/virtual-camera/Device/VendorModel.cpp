@@ -75,12 +75,41 @@ constexpr NamedCounter kCounters[] = {
     {"VcamWritesRefused", &Counters::writesRefused},
     {"VcamHeartbeatsExpired", &Counters::heartbeatsExpired},
     {"VcamIgnoredWhileSilent", &Counters::ignoredWhileSilent},
+    {"VcamResets", &Counters::resets},
     {"VcamForcedAddresses", &Counters::forcedAddresses},
 };
 static_assert(sizeof(kCounters) / sizeof(kCounters[0]) == sizeof(Counters) / sizeof(uint64_t),
               "each counter has its register");
 
+constexpr uint32_t kInputLines = 4;
+
 } // namespace
+
+void DeviceModel::DefineVendorLines(FeatureBuilder& build) {
+    RegisterHooks levels;
+    levels.beforeRead = [this] {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_memory.Set32(kVendorLineLevels, m_lineLevels);
+    };
+    levels.written = [this] {
+        const uint32_t wanted = m_memory.Get32(kVendorLineLevels);
+        for (uint32_t line = 0; line < kInputLines; ++line)
+            SetLine(line, (wanted >> line & 1) != 0);
+    };
+    build.Integer("VcamLineLevels", kVendorLineLevels, 0, Access::ReadWrite, levels)
+        .Tip("Levels at the input lines.", "A bit for each, bit 0 is Line0.")
+        .Visible("Guru")
+        .As("HexNumber")
+        .Range(0, (1 << kInputLines) - 1)
+        .Volatile();
+    RegisterHooks pulse;
+    pulse.written = [this] { PulseLine(m_memory.Get32(kVendorPulseLine)); };
+    build.Integer("VcamPulseLine", kVendorPulseLine, 0, Access::ReadWrite, pulse)
+        .Tip("Gives a short pulse at the line with this number.")
+        .Visible("Guru")
+        .Range(0, kInputLines - 1)
+        .Volatile();
+}
 
 void DeviceModel::DefineVendor(FeatureBuilder& build) {
     build.Category("VirtualCameraControl");
@@ -88,7 +117,6 @@ void DeviceModel::DefineVendor(FeatureBuilder& build) {
     for (const NumberFault& fault : kNumbers) {
         RegisterHooks hooks;
         hooks.beforeRead = [this, fault] { m_memory.Set32(fault.address, m_faults.Get().*(fault.field)); };
-        hooks.check = InRange(0, fault.most);
         hooks.written = [this, fault] {
             const uint32_t value = m_memory.Get32(fault.address);
             m_faults.Update([&](Faults& faults) { faults.*(fault.field) = value; });
@@ -130,7 +158,6 @@ void DeviceModel::DefineVendor(FeatureBuilder& build) {
     xmlFault.beforeRead = [this] {
         m_memory.Set32(kVendorXmlFault, static_cast<uint32_t>(m_faults.Get().xml));
     };
-    xmlFault.check = InRange(0, static_cast<uint32_t>(XmlFault::Cyclic));
     xmlFault.written = [this] {
         const auto fault = static_cast<XmlFault>(m_memory.Get32(kVendorXmlFault));
         m_faults.Update([&](Faults& faults) { faults.xml = fault; });
@@ -142,6 +169,8 @@ void DeviceModel::DefineVendor(FeatureBuilder& build) {
         .Visible("Guru")
         .Range(0, static_cast<int64_t>(XmlFault::Cyclic))
         .Volatile();
+    if (m_traits.full)
+        DefineVendorLines(build);
 }
 
 void DeviceModel::DefineVendorCounters(FeatureBuilder& build) {

@@ -133,6 +133,14 @@ XmlNode& XmlNode::AddFloat(const std::string& element, double number) {
     return Add(element, Decimal(number));
 }
 
+XmlNode& XmlNode::Replace(const std::string& element, const std::string& text) {
+    for (Element& each : m_elements) {
+        if (each.name == element)
+            each.text = text;
+    }
+    return *this;
+}
+
 XmlNode& XmlNode::Variable(const std::string& variable, const std::string& node) {
     m_elements.push_back({"pVariable", " Name=\"" + EscapeXml(variable) + "\"", node});
     return *this;
@@ -146,8 +154,16 @@ XmlNode& XmlNode::Index(const std::string& node, uint32_t stride) {
 XmlNode& XmlNode::Entry(const std::string& name, int64_t value) {
     if (m_entries.empty())
         m_elements.push_back({"EnumEntry", "", ""}); // holds the place of all
-    m_entries.emplace_back("EnumEntry", name).Add("Value", value);
-    return m_entries.back();
+    return m_entries.emplace_back("EnumEntry", name).Add("Value", value);
+}
+
+void XmlNode::RenameEntries(const std::function<std::string(const std::string& name)>& rename) {
+    for (XmlNode& entry : m_entries) {
+        for (Element& element : entry.m_elements) {
+            if (element.name == "DisplayName")
+                element.text = rename(entry.Name());
+        }
+    }
 }
 
 void XmlNode::Write(std::string& to, int depth) const {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,6 +25,8 @@ public:
     // An element with a text; several of one name stay in their order.
     XmlNode& Add(const std::string& element, const std::string& text);
     XmlNode& Add(const std::string& element, int64_t number);
+    // Another text for the elements of this name.
+    XmlNode& Replace(const std::string& element, const std::string& text);
     XmlNode& AddFloat(const std::string& element, double number);
     // <pVariable Name="variable">node</pVariable>
     XmlNode& Variable(const std::string& variable, const std::string& node);
@@ -31,6 +34,9 @@ public:
     XmlNode& Index(const std::string& node, uint32_t stride);
     // An <EnumEntry>, itself a node.
     XmlNode& Entry(const std::string& name, int64_t value);
+
+    // Display names of the entries, made from their names.
+    void RenameEntries(const std::function<std::string(const std::string& name)>& rename);
 
     void Write(std::string& to, int depth) const;
 

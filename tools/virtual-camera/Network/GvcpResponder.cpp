@@ -23,7 +23,7 @@ GvcpResponder::GvcpResponder(DeviceModel& model, FaultPanel& faults, CounterBoar
 
 void GvcpResponder::Receive(Bytes bytes, const Peer& from, Clock::time_point now) {
     const Datagram datagram{std::move(bytes), from};
-    if (m_faults.Silent()) {
+    if (m_faults.Silent() || now < m_bootedAt) {
         m_counters.Add(&Counters::ignoredWhileSilent);
         return;
     }
@@ -36,10 +36,26 @@ void GvcpResponder::Receive(Bytes bytes, const Peer& from, Clock::time_point now
     m_channel.Heard(from, now);
     if (!Postpone(datagram, command, now))
         Execute(datagram, now);
+    CheckReset(now);
+}
+
+// After the answer to the command that asked for it.
+void GvcpResponder::CheckReset(Clock::time_point now) {
+    if (!m_model.TakeResetRequest())
+        return;
+    m_bootedAt = now + std::chrono::milliseconds(m_model.GetConfig().rebootMs);
+    m_delayed.clear();
+    m_lastWrite = {};
+    m_channel.Release();
+    m_model.ReleaseChannels();
+    m_model.PowerUp();
+    m_outlet.Reboot();
+    m_counters.Add(&Counters::resets);
 }
 
 void GvcpResponder::Work(Clock::time_point now) {
     CheckHeartbeat(now);
+    CheckReset(now);
     for (;;) {
         const auto due = std::find_if(m_delayed.begin(), m_delayed.end(),
                                       [now](const Delayed& delayed) { return delayed.due <= now; });
@@ -49,6 +65,7 @@ void GvcpResponder::Work(Clock::time_point now) {
         m_delayed.erase(due);
         if (!m_faults.Silent())
             Execute(datagram, now);
+        CheckReset(now);
     }
 }
 

@@ -19,6 +19,8 @@ public:
         virtual void Send(const Peer& to, const Bytes& answer, bool broadcastAllowed) = 0;
         // The camera's own address from now on; all stays as it was unless Success is returned.
         virtual Status Move(uint32_t address, uint32_t mask, uint32_t gateway) = 0;
+        // The camera starts again: to the persistent address if there is one, else to where it was first.
+        virtual void Reboot() = 0;
         virtual void RequestResend(const ResendRequest& request) = 0;
     };
 
@@ -44,6 +46,7 @@ private:
     bool Postpone(const Datagram& datagram, const GvcpCommand& command, Clock::time_point now);
     void Execute(const Datagram& datagram, Clock::time_point now);
     void CheckHeartbeat(Clock::time_point now);
+    void CheckReset(Clock::time_point now);
     std::optional<Clock::time_point> HeartbeatDeadline() const;
     void Answer(const GvcpCommand& command, const Peer& to, const Bytes& answer);
 
@@ -65,7 +68,8 @@ private:
     Outlet& m_outlet;
     ControlChannel m_channel;
     std::vector<Delayed> m_delayed;
-    Datagram m_lastWrite; // a repeated write is answered, not executed again
+    Clock::time_point m_bootedAt{}; // before, nothing is answered
+    Datagram m_lastWrite;           // a repeated write is answered, not executed again
     Bytes m_lastWriteAnswer;
 };
 

@@ -20,17 +20,30 @@ GvcpServer::~GvcpServer() {
 
 void GvcpServer::Start(const Site& site) {
     Open(site);
+    m_first = site;
+    Reboot();
     m_end = Descriptor(eventfd(0, EFD_CLOEXEC));
-    if (!m_end)
+    m_wake = Descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!m_end || !m_wake)
         throw std::system_error(errno, std::generic_category(), "make an event descriptor");
     m_thread = std::thread([this] { Run(); });
 }
 
+namespace {
+void Signal(const Descriptor& event) {
+    const uint64_t one = 1;
+    while (write(event.Get(), &one, sizeof one) < 0 && errno == EINTR) {
+    }
+}
+} // namespace
+
+void GvcpServer::Wake() {
+    Signal(m_wake);
+}
+
 void GvcpServer::Stop() {
     if (m_thread.joinable()) {
-        const uint64_t one = 1;
-        while (write(m_end.Get(), &one, sizeof one) < 0 && errno == EINTR) {
-        }
+        Signal(m_end);
         m_thread.join();
     }
     m_control.Close();
@@ -71,16 +84,20 @@ void GvcpServer::Open(const Site& site) {
 void GvcpServer::Run() {
     pthread_setname_np(pthread_self(), "vcam-control");
     for (;;) {
-        std::vector<pollfd> watched = {{m_end.Get(), POLLIN, 0}, {m_control.Get(), POLLIN, 0}};
+        std::vector<pollfd> watched = {
+            {m_end.Get(), POLLIN, 0}, {m_wake.Get(), POLLIN, 0}, {m_control.Get(), POLLIN, 0}};
         for (const Descriptor& broadcast : m_broadcasts)
             watched.push_back({broadcast.Get(), POLLIN, 0});
         if (poll(watched.data(), watched.size(), TimeoutMs()) < 0 && errno != EINTR)
             return;
         if (watched[0].revents != 0)
             return;
+        uint64_t wakes = 0;
+        if (watched[1].revents != 0 && read(m_wake.Get(), &wakes, sizeof wakes) < 0 && errno != EAGAIN)
+            return;
+        m_moved = false; // a FORCEIP or a reset replaces the sockets
         m_responder.Work(Clock::now());
-        m_moved = false; // a FORCEIP replaces the sockets
-        for (size_t i = 1; i < watched.size() && !m_moved; ++i) {
+        for (size_t i = 2; i < watched.size() && !m_moved; ++i) {
             if (watched[i].revents != 0)
                 Receive(watched[i].fd);
         }
@@ -146,6 +163,24 @@ Status GvcpServer::Move(uint32_t address, uint32_t mask, uint32_t gateway) {
         Return(site, old);
         return Status::Error;
     }
+}
+
+// A persistent address that can't be taken is as good as none.
+void GvcpServer::Reboot() {
+    const std::optional<NetworkStart> kept = m_model.PersistentNetwork();
+    const auto isHere = [this](uint32_t address, uint32_t mask) {
+        return m_site.address == address && m_site.mask == mask;
+    };
+    bool settled = kept && isHere(kept->address, kept->mask);
+    if (settled)
+        m_site.gateway = kept->gateway;
+    else if (kept)
+        settled = Move(kept->address, kept->mask, kept->gateway) == Status::Success;
+    if (!settled && isHere(m_first.address, m_first.mask))
+        m_site.gateway = m_first.gateway;
+    else if (!settled)
+        Move(m_first.address, m_first.mask, m_first.gateway);
+    m_model.SetNetwork(m_site.address, m_site.mask, m_site.gateway);
 }
 
 // After a move that failed half way.

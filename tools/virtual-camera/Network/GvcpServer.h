@@ -26,12 +26,15 @@ public:
 
     void Start(const Site& site);
     void Stop();
+    // Looks for what the device wants done. Any thread, between Start and Stop.
+    void Wake();
     uint32_t Address() const { return m_address.load(); }
     bool IsControlled() const { return m_controlled.load(); }
 
 private:
     void Send(const Peer& to, const Bytes& answer, bool broadcastAllowed) override;
     Status Move(uint32_t address, uint32_t mask, uint32_t gateway) override;
+    void Reboot() override;
     void RequestResend(const ResendRequest& request) override;
 
     void Run();
@@ -49,6 +52,7 @@ private:
 
     // The thread's own.
     Site m_site;
+    Site m_first; // where it started
     // An address of the host's own that FORCEIP took away; put back at the end.
     std::optional<Site> m_displaced;
     Descriptor m_control; // bound to the camera's address
@@ -57,7 +61,8 @@ private:
     bool m_moved = false; // the sockets are others since the last look
     GvcpResponder m_responder;
 
-    Descriptor m_end; // eventfd
+    Descriptor m_end;  // eventfd
+    Descriptor m_wake; // eventfd
     std::thread m_thread;
 };
 

@@ -1,6 +1,7 @@
 #include "Network/StreamSender.h"
 
 #include "Device/BootstrapRegisters.h"
+#include "Picture/EmbeddedBlock.h"
 
 #include <algorithm>
 #include <cstring>
@@ -69,6 +70,7 @@ void StreamSender::StartAcquisition() {
     m_begin = true;
     m_armed = false;
     m_trigger.reset();
+    m_triggerCount = 0;
     m_settingsChanged = true;
     m_wake.notify_all();
 }
@@ -95,13 +97,15 @@ void StreamSender::SettingsChanged() {
     m_wake.notify_all();
 }
 
-void StreamSender::FrameTrigger() {
+void StreamSender::FrameTrigger(double exposureUs) {
     bool accepted = false;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         const bool waiting = m_acquiring && (m_armed || m_begin) && !m_trigger;
         if (waiting) {
             m_trigger = Clock::now();
+            m_triggerExposureUs = exposureUs;
+            ++m_triggerCount;
             accepted = true;
             m_wake.notify_all();
         }
@@ -217,8 +221,8 @@ std::optional<Clock::time_point> StreamSender::NextFrameDue() const {
         const auto micros = [](double us) {
             return std::chrono::nanoseconds(static_cast<int64_t>(us * 1000));
         };
-        const auto exposed =
-            *m_trigger + micros(m_settings.frameTriggerDelayUs + m_settings.picture.exposure);
+        const double exposure = m_triggerExposureUs != 0 ? 0 : m_settings.exposureUs;
+        const auto exposed = *m_trigger + micros(m_settings.frameTriggerDelayUs + exposure);
         return std::max(exposed, m_lastFrame + micros(m_settings.leastPeriodUs));
     }
     return m_model.GetConfig().unpaced ? Clock::time_point{} : m_pacer.Next();
@@ -228,6 +232,12 @@ void StreamSender::TakeFrame(std::unique_lock<std::mutex>& lock) {
     const Clock::time_point now = Clock::now();
     m_pacer.Begin(now, m_settings.periodUs);
     m_lastFrame = now;
+    StreamSettings settings = m_settings;
+    if (m_trigger && m_triggerExposureUs != 0) {
+        settings.picture.exposure *= m_triggerExposureUs / settings.exposureUs;
+        settings.exposureUs = m_triggerExposureUs;
+    }
+    const uint32_t triggers = m_triggerCount;
     m_trigger.reset();
     const Faults faults = m_faults.Get();
     if (faults.silent || faults.streamSilent) {
@@ -237,7 +247,7 @@ void StreamSender::TakeFrame(std::unique_lock<std::mutex>& lock) {
     }
     m_inFrame = true;
     lock.unlock();
-    SendFrame(PrepareSlot(m_settings, faults), m_settings);
+    SendFrame(PrepareSlot(settings, faults, triggers), settings);
     const bool adjusted = m_model.StepAutomatics();
     lock.lock();
     m_settingsChanged = m_settingsChanged || adjusted;
@@ -256,36 +266,59 @@ void StreamSender::EndFrame() {
         m_acquiring = false;
 }
 
-StreamSender::Slot& StreamSender::PrepareSlot(const StreamSettings& settings, const Faults& faults) {
-    StreamSettings changed = settings;
+PictureSettings StreamSender::PictureOfFrame(const StreamSettings& settings, const Faults& faults) const {
+    PictureSettings picture = SettingsOfFrame(settings.picture, static_cast<uint32_t>(m_frameIndex));
     if (faults.changedWidth != 0)
-        changed.picture.width = std::max(8u, faults.changedWidth / 8 * 8);
+        picture.width = std::max(8u, faults.changedWidth / 8 * 8);
     if (faults.changedHeight != 0)
-        changed.picture.height = std::max(2u, faults.changedHeight / 2 * 2);
-    const size_t pictureBytes = PictureBytes(changed.picture);
-    if (m_frameIndex == 0)
-        m_ring.resize(std::clamp(kRingBytes / std::max<size_t>(1, pictureBytes), kLeastRing, kMostRing));
-    m_nextSlot = (m_nextSlot + 1) % m_ring.size();
-    Slot& slot = m_ring[m_nextSlot];
+        picture.height = std::max(2u, faults.changedHeight / 2 * 2);
+    return picture;
+}
+
+// Paints the picture, or renews what changes from frame to frame in one that was painted before.
+void StreamSender::Fill(Slot& slot, const PictureSettings& picture, const StreamSettings& settings,
+                        uint32_t triggers) {
     const auto phases = static_cast<uint32_t>(m_ring.size());
     const auto phase = static_cast<uint32_t>(m_nextSlot);
     const auto number = static_cast<uint32_t>(m_frameIndex + 1);
-
-    slot.data.resize(pictureBytes);
-    if (slot.painted == changed.picture && slot.paintedPhases == phases)
-        m_painter.Stamp(changed.picture, phase, phases, number, slot.data.data());
+    slot.data.resize(PictureBytes(picture));
+    if (slot.painted == picture && slot.paintedPhases == phases)
+        m_painter.Stamp(picture, phase, phases, number, slot.data.data());
     else
-        m_painter.Paint(changed.picture, phase, phases, number, slot.data.data());
-    slot.painted = changed.picture;
+        m_painter.Paint(picture, phase, phases, number, slot.data.data());
+    slot.painted = picture;
     slot.paintedPhases = phases;
+    if (picture.embedded == 0)
+        return;
+    FrameFacts facts;
+    facts.timestamp = slot.description.timestamp;
+    facts.number = number;
+    facts.triggers = triggers;
+    facts.inputs = settings.lineInputs;
+    facts.outputs = settings.lineOutputs;
+    PictureSettings told = picture;
+    told.exposure = picture.exposure * settings.exposureUs / settings.picture.exposure; // as the feature says
+    WriteEmbeddedBlock(told, facts, slot.data.data(), slot.data.size());
+}
 
+StreamSender::Slot& StreamSender::PrepareSlot(const StreamSettings& settings, const Faults& faults,
+                                              uint32_t triggers) {
+    const PictureSettings picture = PictureOfFrame(settings, faults);
+    if (m_frameIndex == 0) {
+        const size_t room = kRingBytes / std::max<size_t>(1, PictureBytes(picture));
+        m_ring.resize(
+            std::clamp(room / kHdrSets * kHdrSets, kLeastRing, kMostRing)); // the sets keep their slots
+    }
+    m_nextSlot = (m_nextSlot + 1) % m_ring.size();
+    Slot& slot = m_ring[m_nextSlot];
     slot.description = {};
     slot.description.timestamp = m_model.Ticks();
-    slot.description.pixelFormat = changed.picture.pixelFormat;
-    slot.description.width = changed.picture.width;
-    slot.description.height = changed.picture.height;
-    slot.description.offsetX = changed.picture.offsetX;
-    slot.description.offsetY = changed.picture.offsetY;
+    slot.description.pixelFormat = picture.pixelFormat;
+    slot.description.width = picture.width;
+    slot.description.height = picture.height;
+    slot.description.offsetX = picture.offsetX;
+    slot.description.offsetY = picture.offsetY;
+    Fill(slot, picture, settings, triggers);
     if (settings.chunkMode)
         AppendChunks(slot, settings);
     slot.data.resize(slot.data.size() + faults.extraBytes);
@@ -309,9 +342,10 @@ void StreamSender::AppendChunks(Slot& slot, const StreamSettings& settings) {
         std::memcpy(&raw, &value, sizeof raw);
         return raw;
     };
-    const std::array<uint64_t, kChunkCount> values = {m_frameIndex + 1, slot.description.timestamp,
-                                                      bits(settings.picture.exposure),
-                                                      bits(settings.picture.gain)};
+    const std::array<uint64_t, kChunkCount> values = {
+        m_frameIndex + 1, slot.description.timestamp,
+        bits(slot.painted.exposure * settings.exposureUs / settings.picture.exposure),
+        bits(slot.painted.gain)};
     for (uint32_t chunk = 0; chunk < kChunkCount; ++chunk) {
         if (((settings.chunks >> chunk) & 1) == 0)
             continue;

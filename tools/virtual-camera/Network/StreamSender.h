@@ -36,7 +36,7 @@ public:
     void StopAcquisition() override;
     void AbortAcquisition() override;
     void SettingsChanged() override;
-    void FrameTrigger() override;
+    void FrameTrigger(double exposureUs) override;
     void AcquisitionTrigger() override;
     void FireTestPacket() override;
     bool IsAcquiring() const override;
@@ -66,7 +66,9 @@ private:
     void BeginAcquisition();
     void TakeFrame(std::unique_lock<std::mutex>& lock);
     void EndFrame();
-    Slot& PrepareSlot(const StreamSettings& settings, const Faults& faults);
+    Slot& PrepareSlot(const StreamSettings& settings, const Faults& faults, uint32_t triggers);
+    PictureSettings PictureOfFrame(const StreamSettings& settings, const Faults& faults) const;
+    void Fill(Slot& slot, const PictureSettings& picture, const StreamSettings& settings, uint32_t triggers);
     void AppendChunks(Slot& slot, const StreamSettings& settings);
     void SendFrame(Slot& slot, const StreamSettings& settings);
     void SendRange(Slot& slot, uint32_t first, uint32_t count, const Faults& faults);
@@ -95,6 +97,8 @@ private:
     bool m_armed = false; // the acquisition has had its trigger, or needs none
     bool m_settingsChanged = true;
     std::optional<Clock::time_point> m_trigger; // of a frame that is not yet taken
+    double m_triggerExposureUs = 0;             // its exposure, already over; 0: by the settings
+    uint32_t m_triggerCount = 0;                // accepted since the start of the acquisition
     std::deque<ResendRequest> m_resends;
     uint32_t m_testPackets = 0;
     uint32_t m_address = 0;

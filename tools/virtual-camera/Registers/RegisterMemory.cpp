@@ -42,6 +42,47 @@ void RegisterMemory::DefineString(uint32_t address, uint32_t length, const std::
     SetString(address, initial);
 }
 
+void RegisterMemory::DefineCopy(uint32_t address, uint32_t copy) {
+    Register original;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        original = At(address);
+    }
+    Define(copy, std::move(original.content), original.access, std::move(original.hooks));
+}
+
+namespace {
+std::function<void()> Both(std::function<void()> first, std::function<void()> second) {
+    if (!first || !second)
+        return first ? first : second;
+    return [first = std::move(first), second = std::move(second)] {
+        first();
+        second();
+    };
+}
+} // namespace
+
+void RegisterMemory::AddHooks(uint32_t address, RegisterHooks further) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    RegisterHooks& hooks = At(address).hooks;
+    hooks.beforeRead = Both(std::move(hooks.beforeRead), std::move(further.beforeRead));
+    hooks.written = Both(std::move(hooks.written), std::move(further.written));
+    if (!hooks.check || !further.check) {
+        if (further.check)
+            hooks.check = std::move(further.check);
+        return;
+    }
+    hooks.check = [first = std::move(hooks.check), second = std::move(further.check)](const Bytes& proposed) {
+        const Status status = first(proposed);
+        return status == Status::Success ? second(proposed) : status;
+    };
+}
+
+bool RegisterMemory::Has(uint32_t address) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_registers.count(address) != 0;
+}
+
 Status RegisterMemory::Split(uint32_t address, size_t length, std::vector<Piece>& pieces) {
     if (address % 4 != 0 || length % 4 != 0)
         return Status::BadAlignment;

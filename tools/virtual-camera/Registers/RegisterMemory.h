@@ -37,6 +37,13 @@ public:
     void DefineString(uint32_t address, uint32_t length, const std::string& initial, Access access,
                       RegisterHooks hooks = {});
 
+    // Another register with the content, access and hooks that `address` has now.
+    void DefineCopy(uint32_t address, uint32_t copy);
+    // Further hooks of a register that is defined already, after those that it has; the first refusal counts.
+    // Throws std::out_of_range where no register starts.
+    void AddHooks(uint32_t address, RegisterHooks further);
+    bool Has(uint32_t address) const; // a register starts here
+
     // The outer side. An access may span registers that follow each other without a gap.
     Status Read(uint32_t address, uint8_t* to, size_t length);
     // `written` counts the bytes that were stored; when a register refuses, those before it stay written.
