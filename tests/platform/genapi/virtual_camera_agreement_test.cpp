@@ -146,9 +146,14 @@ TEST_P(VirtualCameraAgreement, AWalkOverTheNetworkEndsWithoutASurprise) {
     EXPECT_GT(report.nodes, 30U);
 }
 
+std::string NameOf(vcam::Model model) {
+    static const char* const names[] = {"Colour", "Mono", "LineScan", "Small"};
+    return names[static_cast<std::size_t>(model)];
+}
+
 INSTANTIATE_TEST_SUITE_P(Models, VirtualCameraAgreement,
-                         testing::Values(vcam::Model::Colour, vcam::Model::Mono), [](const auto& tested) {
-                             return std::string(tested.param == vcam::Model::Colour ? "Colour" : "Mono");
-                         });
+                         testing::Values(vcam::Model::Colour, vcam::Model::Mono, vcam::Model::LineScan,
+                                         vcam::Model::Small),
+                         [](const auto& tested) { return NameOf(tested.param); });
 
 } // namespace
