@@ -6,6 +6,7 @@
 #include "Picture/Tone.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace vcam {
@@ -27,32 +28,41 @@ public:
     uint32_t Reach() const { return m_sharpness > 0 ? 1 : 0; } // of a pixel into its neighbours
 
 private:
+    // Components apart, 0 to 4095 each, so that the compiler makes vector code of the loops over them.
+    using Plane = std::vector<int16_t>;
     struct Line {
-        std::vector<Rgb12> pixels;
+        std::array<Plane, 3> planes;
         int64_t y = -1; // which row it holds
     };
 
-    const Rgb12* Toned(uint32_t y);
+    bool IsPlain() const; // each component of a pixel through one table, and nothing else
+    std::pair<uint32_t, uint32_t> OnSensor(uint32_t y) const;
+    void MakeNoise();
     void ReadScene(uint32_t row, uint32_t first, uint32_t count);
+    void PlainRow(uint32_t y);
+    const Line& Toned(uint32_t y);
     void Straight(Line& line, uint32_t sensorX, uint32_t sensorY);
     void Binned(Line& line, uint32_t sensorX, uint32_t sensorY);
     void AddNoise(Line& line, uint32_t y);
-    void Sharpen(const Rgb12* above, const Rgb12* here, const Rgb12* below);
+    void Finish(Line& line);
+    void Sharpen(const Line& above, const Line& here, const Line& below);
+    void Interleave(const std::array<Plane, 3>& planes);
 
     std::shared_ptr<const Scene> m_scene;
     PictureSettings m_settings;
     std::unique_ptr<const Tone> m_tone; // made for m_settings
     int m_noise = 0;                    // standard deviation, 256ths of a 12-bit step
     int m_sharpness = 0;                // 4096ths of the sum of the four differences
-    std::vector<int16_t> m_noiseTable;
+    std::vector<int16_t> m_noiseUnits;  // normally distributed, 256 is one standard deviation
+    std::vector<int16_t> m_noiseSteps;  // the same as steps of 12 bits
 
     Moment m_moment;
     uint32_t m_x0 = 0, m_x1 = 0;   // asked for
     uint32_t m_from = 0, m_to = 0; // with what sharpness needs beside
     std::array<Line, 3> m_lines;   // the last rows, at y modulo 3
     std::vector<Rgb8> m_sceneRow;
-    std::vector<uint16_t> m_sums;
-    std::vector<Rgb12> m_sharp;
+    std::array<Plane, 3> m_sharp;
+    std::vector<Rgb12> m_row;
 };
 
 } // namespace vcam

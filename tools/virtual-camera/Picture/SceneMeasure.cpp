@@ -29,10 +29,11 @@ Rect Seen(const PictureSettings& s, const Rect& area) {
             height * s.binningVertical};
 }
 
-PictureSettings LightAlone(PictureSettings settings) {
-    settings.balance.fill(kNeutralBalance);
-    settings.blackLevel = 0;
-    return settings;
+PictureSettings LightAlone(const PictureSettings& settings) {
+    PictureSettings plain;
+    plain.exposure = settings.exposure;
+    plain.gain = settings.gain;
+    return plain;
 }
 
 } // namespace
@@ -53,7 +54,7 @@ SceneMeans MeasureScene(const Scene& scene, const PictureSettings& settings, con
         scene.Row(place.y + y, place.x, place.x + place.width, moment, row.data());
         for (uint32_t i = 0; i < across; ++i) {
             const Rgb8& colour = row[(2 * size_t{i} + 1) * place.width / (2 * across)];
-            const Rgb12 raw = light.Light(colour);
+            const Rgb12 raw = light.Whole(colour);
             const Rgb12 out = tone.Whole(colour);
             means.red += raw.red;
             means.green += raw.green;

@@ -29,10 +29,10 @@ Tone::Tone(const PictureSettings& settings) {
     m_noise = settings.gain > 0 ? kNoiseUnit * (lift - 1.0) : 0; // none at 0, so that tests compare exactly
     MakeLight(settings);
     MakeMatrix(settings);
-    MakeFinish(settings);
+    MakeCurve(settings);
     for (size_t c = 0; c < 3; ++c) {
         for (size_t value = 0; value < 256; ++value)
-            m_both[c][value] = m_finish[m_light[c][value]];
+            m_both[c][value] = m_curve[m_light[c][value]];
     }
 }
 
@@ -58,40 +58,43 @@ void Tone::MakeMatrix(const PictureSettings& settings) {
     const double along = stretch * std::cos(angle);
     const double across = stretch * std::sin(angle);
     for (size_t out = 0; out < 3; ++out) {
-        int32_t others = 0;
+        float others = 0;
         for (size_t in = 0; in < 3; ++in) {
             const double cb = ((in == 2 ? 1.0 : 0.0) - kLuma[in]) / 1.772;
             const double cr = ((in == 0 ? 1.0 : 0.0) - kLuma[in]) / 1.402;
             const double turnedCb = along * cb - across * cr;
             const double turnedCr = across * cb + along * cr;
             const double share = kLuma[in] + kFromCb[out] * turnedCb + kFromCr[out] * turnedCr;
-            m_matrix[3 * out + in] = static_cast<int32_t>(std::lround(share * 4096));
+            // 4096ths, so that sums of them are exact.
+            m_matrix[3 * out + in] = static_cast<float>(std::round(share * 4096) / 4096);
             others += in == out ? 0 : m_matrix[3 * out + in];
         }
-        m_matrix[4 * out] = 4096 - others; // rounding must not tint a grey
+        m_matrix[4 * out] = 1 - others; // rounding must not tint a grey
     }
 }
 
-void Tone::MakeFinish(const PictureSettings& settings) {
+void Tone::MakeCurve(const PictureSettings& settings) {
     const bool table = settings.lookupEnable && settings.lookup != nullptr;
     m_hasCurve = settings.gammaEnable || table;
-    for (size_t value = 0; value < m_finish.size(); ++value) {
+    for (size_t value = 0; value < m_curve.size(); ++value) {
         auto out = static_cast<uint16_t>(value);
         if (settings.gammaEnable)
             out = Component(kWhite * Curved(static_cast<double>(value) / kWhite, settings));
         if (table)
             out = std::min((*settings.lookup)[out >> 2], kMostLookupValue);
-        m_finish[value] = out;
+        m_curve[value] = out;
     }
 }
 
-Rgb12 Tone::Mix(const Rgb12& colour) const {
-    const auto row = [&](size_t out) {
-        const int32_t sum = m_matrix[3 * out] * colour.red + m_matrix[3 * out + 1] * colour.green +
-                            m_matrix[3 * out + 2] * colour.blue;
-        return static_cast<uint16_t>(std::clamp((sum + 2048) >> 12, 0, 4095));
-    };
-    return {row(0), row(1), row(2)};
+Rgb12 Tone::Whole(Rgb8 scene) const {
+    Rgb12 c{m_light[0][scene.red], m_light[1][scene.green], m_light[2][scene.blue]};
+    if (m_hasMatrix) {
+        const auto mixed = [this, light = c](size_t out) {
+            return static_cast<uint16_t>(Mixed(&m_matrix[3 * out], light.red, light.green, light.blue));
+        };
+        c = {mixed(0), mixed(1), mixed(2)};
+    }
+    return {m_curve[c.red], m_curve[c.green], m_curve[c.blue]};
 }
 
 Rgb12 ExpectedColour(const PictureSettings& settings, Rgb8 scene) {

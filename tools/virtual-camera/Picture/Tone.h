@@ -7,44 +7,45 @@
 #include "Picture/PixelFormat.h"
 #include "Picture/Scene.h"
 
+#include <algorithm>
+
 namespace vcam {
 
 // Tables for one set of settings. Two halves, since binning and noise come between them:
 //     light   exposure, gain, white balance, black level: linear, clipped at 12 bits
-//     finish  hue and saturation (one matrix), then gamma and lookup table (one curve)
+//     finish  hue and saturation (one matrix), then gamma and lookup table (one curve for all components)
 class Tone {
 public:
     explicit Tone(const PictureSettings& settings);
 
-    Rgb12 Light(Rgb8 scene) const {
-        return {m_light[0][scene.red], m_light[1][scene.green], m_light[2][scene.blue]};
-    }
-    Rgb12 Finish(Rgb12 colour) const {
-        if (m_hasMatrix)
-            colour = Mix(colour);
-        return {m_finish[colour.red], m_finish[colour.green], m_finish[colour.blue]};
-    }
-    Rgb12 Whole(Rgb8 scene) const { return Finish(Light(scene)); }
+    Rgb12 Whole(Rgb8 scene) const;
 
-    // Each component can go through a table of its own, both halves at once.
-    bool IsSeparable() const { return !m_hasMatrix; }
-    Rgb12 Separate(Rgb8 scene) const {
-        return {m_both[0][scene.red], m_both[1][scene.green], m_both[2][scene.blue]};
+    // For rows; components in planes of their own. Light: 12 bits of each 8-bit component of the scene.
+    const std::array<uint16_t, 256>& Light(size_t component) const { return m_light[component]; }
+    // 256 of each component through both halves. Only without a matrix, which mixes components.
+    const std::array<uint16_t, 256>& Both(size_t component) const { return m_both[component]; }
+    // Of 4096 components; behind the matrix.
+    const std::array<uint16_t, 4096>& Curve() const { return m_curve; }
+    // Rows of three, in the order red, green, blue.
+    const std::array<float, 9>& Matrix() const { return m_matrix; }
+    bool HasMatrix() const { return m_hasMatrix; }
+    bool HasCurve() const { return m_hasCurve; }
+    static int16_t Mixed(const float* row, float red, float green, float blue) {
+        const auto sum = static_cast<int>(row[0] * red + row[1] * green + row[2] * blue + 0.5f);
+        return static_cast<int16_t>(std::clamp(sum, 0, 4095));
     }
-    bool HasFinish() const { return m_hasMatrix || m_hasCurve; }
     // Standard deviation in steps of 12 bits, between the two halves and for a single pixel of the sensor.
     double Noise() const { return m_noise; }
 
 private:
-    Rgb12 Mix(const Rgb12& colour) const;
     void MakeLight(const PictureSettings& settings);
     void MakeMatrix(const PictureSettings& settings);
-    void MakeFinish(const PictureSettings& settings);
+    void MakeCurve(const PictureSettings& settings);
 
     std::array<std::array<uint16_t, 256>, 3> m_light{};
     std::array<std::array<uint16_t, 256>, 3> m_both{};
-    std::array<uint16_t, 4096> m_finish{};
-    std::array<int32_t, 9> m_matrix{}; // 4096ths, row by row
+    std::array<uint16_t, 4096> m_curve{};
+    std::array<float, 9> m_matrix{};
     bool m_hasMatrix = false;
     bool m_hasCurve = false;
     double m_noise = 0;
