@@ -15,7 +15,7 @@ struct Range {
 // `outer`: pixels of the picture that have a part in the range, otherwise those that lie in it. Not cut to
 // the picture.
 Range InPicture(Range sensor, bool outer, uint32_t binning, uint32_t offset) {
-    const int64_t pixels = binning;
+    const int64_t pixels = std::max(1u, binning);
     const int64_t up = pixels - 1;
     const int64_t from = (sensor.from + (outer ? 0 : up)) / pixels;
     const int64_t to = (sensor.to + (outer ? up : 0)) / pixels;

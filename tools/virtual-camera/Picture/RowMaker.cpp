@@ -8,6 +8,7 @@ namespace vcam {
 
 namespace {
 
+constexpr uint32_t kMostBinning = 4; // sums of 16 components of 12 bits fit into 16 bits
 constexpr size_t kNoiseEntries = size_t{1} << 14;
 
 // splitmix64's mixing function: rows and frames whose numbers are neighbours begin far apart.
@@ -149,8 +150,8 @@ void RowMaker::Straight(Line& line, uint32_t sensorX, uint32_t sensorY) {
 }
 
 void RowMaker::Binned(Line& line, uint32_t sensorX, uint32_t sensorY) {
-    const uint32_t across = m_settings.binningHorizontal;
-    const uint32_t down = m_settings.binningVertical;
+    const uint32_t across = std::clamp(m_settings.binningHorizontal, 1u, kMostBinning);
+    const uint32_t down = std::clamp(m_settings.binningVertical, 1u, kMostBinning);
     const size_t count = m_to - m_from;
     const uint32_t pixels = across * down;
     for (Plane& plane : line.planes)
@@ -160,7 +161,7 @@ void RowMaker::Binned(Line& line, uint32_t sensorX, uint32_t sensorY) {
         for (size_t c = 0; c < 3; ++c) {
             const auto& light = m_tone->Light(c);
             const Rgb8* from = m_sceneRow.data();
-            int16_t* sums = line.planes[c].data(); // up to 16 times 4095: its bits are those of a uint16_t
+            int16_t* sums = line.planes[c].data(); // with the bits of a uint16_t
             for (size_t i = 0; i < count; ++i) {
                 uint32_t sum = static_cast<uint16_t>(sums[i]);
                 for (uint32_t column = 0; column < across; ++column)

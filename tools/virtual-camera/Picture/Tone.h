@@ -30,8 +30,11 @@ public:
     const std::array<float, 9>& Matrix() const { return m_matrix; }
     bool HasMatrix() const { return m_hasMatrix; }
     bool HasCurve() const { return m_hasCurve; }
+    // One row of the matrix. No call of the library's rounding, since that would keep a loop over it scalar;
+    // sums below zero are cut, so adding a half rounds all others.
     static int16_t Mixed(const float* row, float red, float green, float blue) {
-        const auto sum = static_cast<int>(row[0] * red + row[1] * green + row[2] * blue + 0.5f);
+        constexpr float half = 0.5f;
+        const auto sum = static_cast<int>(row[0] * red + row[1] * green + row[2] * blue + half);
         return static_cast<int16_t>(std::clamp(sum, 0, 4095));
     }
     // Standard deviation in steps of 12 bits, between the two halves and for a single pixel of the sensor.
