@@ -6,6 +6,7 @@
 
 #include <QClipboard>
 #include <QEvent>
+#include <QFrame>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -60,6 +61,10 @@ bool QMessageLogMngWidget::InitLayout() {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addLayout(top);
+    auto* line = new QFrame(this);
+    line->setObjectName("logLine");
+    line->setFixedHeight(1);
+    layout->addWidget(line);
     layout->addWidget(m_view, 1);
 
     m_cardLayout = new QVBoxLayout(m_cardArea);

@@ -35,10 +35,17 @@ LevelLook LookOf(_MESSAGE_LOG_LEVEL_ level) {
 
 constexpr int kStripWidth = 3;
 constexpr int kIconSize = 16;
+// Three rows of one line, one of two, the gaps between them and the margins make up the card's height.
+constexpr int kLineHeight = 18;
+constexpr int kGap = 4;
+constexpr int kMargin = 8;
+static_assert(5 * kLineHeight + 3 * kGap + 2 * kMargin <= QMessageLogWidget::kHeight,
+              "two lines of the message have room");
 
 QLabel* MakeLabel(const char* name, QLabel* label) {
     label->setObjectName(name);
     label->setTextFormat(Qt::PlainText);
+    label->setFixedHeight(kLineHeight);
     return label;
 }
 
@@ -54,7 +61,7 @@ QMessageLogWidget::QMessageLogWidget(QWidget* parent)
     , m_level(MakeLabel("logLevel", new QLabel(this)))
     , m_source(MakeLabel("logSource", new QStaticLabel(this)))
     , m_time(MakeLabel("logTime", new QLabel(this)))
-    , m_message(new QWrappedTextLabel(this)) {
+    , m_message(new QWrappedTextLabel(kLineHeight, this)) {
     m_message->setObjectName("logMessage");
     m_icon->setObjectName("logIcon");
     m_icon->setFixedSize(kIconSize, kIconSize);
@@ -64,9 +71,9 @@ QMessageLogWidget::QMessageLogWidget(QWidget* parent)
     connect(this, &QWidget::customContextMenuRequested, this, &QMessageLogWidget::OnShowContextMenu);
 
     auto* layout = new QGridLayout(this);
-    layout->setContentsMargins(kStripWidth + 9, 8, 12, 8);
+    layout->setContentsMargins(kStripWidth + 9, kMargin, 12, kMargin);
     layout->setHorizontalSpacing(8);
-    layout->setVerticalSpacing(4);
+    layout->setVerticalSpacing(kGap);
     auto* level = new QHBoxLayout;
     level->setSpacing(6);
     level->addWidget(m_icon);

@@ -45,24 +45,28 @@ QStringList Break(const QString& text, const QFont& font, int width, int limit, 
 
 } // namespace
 
-QWrappedTextLabel::QWrappedTextLabel(QWidget* parent) : QLabel(parent) {
+QWrappedTextLabel::QWrappedTextLabel(int lineHeight, QWidget* parent)
+    : QLabel(parent), m_lineHeight(lineHeight) {
     // Texts come from cameras too: what looks like markup in one is shown as it stands.
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
     setAlignment(Qt::AlignLeft | Qt::AlignTop);
 }
 
-QStringList QWrappedTextLabel::GetShownLines() const {
-    bool cut = false;
+QStringList QWrappedTextLabel::Lines(bool& isCut) const {
     const QRect room = contentsRect();
-    return Break(text(), font(), room.width(), std::max(1, room.height() / fontMetrics().lineSpacing()), cut);
+    return Break(text(), font(), room.width(), std::max(1, room.height() / m_lineHeight), isCut);
+}
+
+QStringList QWrappedTextLabel::GetShownLines() const {
+    bool isCut = false;
+    return Lines(isCut);
 }
 
 bool QWrappedTextLabel::IsCut() const {
-    bool cut = false;
-    const QRect room = contentsRect();
-    Break(text(), font(), room.width(), std::max(1, room.height() / fontMetrics().lineSpacing()), cut);
-    return cut;
+    bool isCut = false;
+    Lines(isCut);
+    return isCut;
 }
 
 void QWrappedTextLabel::paintEvent(QPaintEvent* /*event*/) {
@@ -71,11 +75,11 @@ void QWrappedTextLabel::paintEvent(QPaintEvent* /*event*/) {
     option.initFrom(this);
     style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
     QRect line = contentsRect();
-    line.setHeight(fontMetrics().lineSpacing());
+    line.setHeight(m_lineHeight);
     for (const QString& text : GetShownLines()) {
         style()->drawItemText(&painter, line, Qt::AlignLeft | Qt::AlignVCenter, option.palette, isEnabled(),
                               text, foregroundRole());
-        line.translate(0, line.height());
+        line.translate(0, m_lineHeight);
     }
 }
 

@@ -8,7 +8,9 @@ class QWrappedTextLabel : public QLabel {
     Q_OBJECT
 
 public:
-    explicit QWrappedTextLabel(QWidget* parent = nullptr);
+    // `lineHeight` in pixels: the same for all scripts, while a font that steps in for some letters may have
+    // taller lines.
+    explicit QWrappedTextLabel(int lineHeight, QWidget* parent = nullptr);
 
     // The lines as they are shown now.
     QStringList GetShownLines() const;
@@ -17,4 +19,9 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     bool event(QEvent* event) override;
+
+private:
+    QStringList Lines(bool& isCut) const;
+
+    int m_lineHeight;
 };
