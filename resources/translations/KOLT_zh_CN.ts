@@ -25,6 +25,29 @@
     </message>
 </context>
 <context>
+    <name>QAboutDlg</name>
+    <message>
+        <source>About</source>
+        <translation>关于</translation>
+    </message>
+    <message>
+        <source>Name:</source>
+        <translation>名称：</translation>
+    </message>
+    <message>
+        <source>KOLT CAPTURE(Linux)</source>
+        <translation>KOLT CAPTURE(Linux)</translation>
+    </message>
+    <message>
+        <source>Version:</source>
+        <translation>版本：</translation>
+    </message>
+    <message>
+        <source>V%1 build%2</source>
+        <translation>V%1 build%2</translation>
+    </message>
+</context>
+<context>
     <name>QCamera</name>
     <message>
         <source>The GigE driver is enabled.</source>
@@ -60,6 +83,20 @@
     <message>
         <source>Cancel</source>
         <translation>取消</translation>
+    </message>
+</context>
+<context>
+    <name>QDockTitleBar</name>
+    <message>
+        <source>Close</source>
+        <translation>关闭</translation>
+    </message>
+</context>
+<context>
+    <name>QFolderSelectWidget</name>
+    <message>
+        <source>Open Directory</source>
+        <translation>打开目录</translation>
     </message>
 </context>
 <context>
@@ -278,6 +315,24 @@
     </message>
 </context>
 <context>
+    <name>QHintAdjustDlg</name>
+    <message>
+        <source>To Adjust</source>
+        <translation>去调整</translation>
+    </message>
+    <message>
+        <source>Ignore</source>
+        <translation>忽略</translation>
+    </message>
+</context>
+<context>
+    <name>QLoadingDlg</name>
+    <message>
+        <source>Please wait</source>
+        <translation>请稍候</translation>
+    </message>
+</context>
+<context>
     <name>QMessageBoxDlg</name>
     <message>
         <source>Cancel</source>
@@ -351,6 +406,13 @@
     </message>
 </context>
 <context>
+    <name>QSaveDoneHintDlg</name>
+    <message>
+        <source>View</source>
+        <translation>查看</translation>
+    </message>
+</context>
+<context>
     <name>QSearchWidget</name>
     <message>
         <source>Search</source>
@@ -370,6 +432,29 @@
     <message>
         <source>Show Details</source>
         <translation>显示详情</translation>
+    </message>
+</context>
+<context>
+    <name>QTitleBar</name>
+    <message>
+        <source>Minimize</source>
+        <translation>最小化</translation>
+    </message>
+    <message>
+        <source>Restore</source>
+        <translation>还原</translation>
+    </message>
+    <message>
+        <source>Maximize</source>
+        <translation>最大化</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>关闭</translation>
+    </message>
+    <message>
+        <source>Menu</source>
+        <translation>菜单</translation>
     </message>
 </context>
 </TS>

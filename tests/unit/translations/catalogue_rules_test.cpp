@@ -55,6 +55,8 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{"%2 of %1", "%1 的 %2", nullptr}, FaultRow{" OK ", " 确定 ", nullptr},
         FaultRow{" OK ", "确定 ", "other blanks at the start"},
         FaultRow{" OK ", " 确定", "other blanks at the end"},
+        FaultRow{"Model:       ", "型号：     ", nullptr},
+        FaultRow{"Model:       ", "型号：", "other blanks at the end"},
         FaultRow{"Done\n", "完成", "other blanks at the end"},
         FaultRow{"<b>Name</b>", "<b>名称</b>", nullptr}, FaultRow{"<b>Name</b>", "名称", "other tags"},
         FaultRow{"&Open", "打开(&O)", nullptr}, FaultRow{"&Open", "打开", "other mnemonic"},
