@@ -12,7 +12,7 @@ constexpr double kPi = 3.14159265358979323846;
 constexpr double kNoiseUnit = 8.0; // steps of 12 bits for each doubling of the light by gain
 
 uint16_t Component(double value) {
-    return static_cast<uint16_t>(std::clamp(value, 0.0, kWhite) + 0.5);
+    return static_cast<uint16_t>(std::lround(std::clamp(value, 0.0, kWhite)));
 }
 
 double Curved(double value, const PictureSettings& s) {
