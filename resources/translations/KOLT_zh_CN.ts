@@ -406,6 +406,166 @@
     </message>
 </context>
 <context>
+    <name>QPrevStatusBar</name>
+    <message>
+        <source>LineRate: --Hz</source>
+        <translation>行频：--Hz</translation>
+    </message>
+    <message>
+        <source>AcquisitionRate: --fps</source>
+        <translation>采集帧率：--fps</translation>
+    </message>
+    <message>
+        <source>Image: --</source>
+        <translation>图像：--</translation>
+    </message>
+    <message>
+        <source>BW: --</source>
+        <translation>带宽：--</translation>
+    </message>
+    <message>
+        <source>Resolution: --x--</source>
+        <translation>分辨率：--x--</translation>
+    </message>
+    <message>
+        <source>Error: --</source>
+        <translation>错误：--</translation>
+    </message>
+    <message>
+        <source>LostPacket: --</source>
+        <translation>丢包：--</translation>
+    </message>
+    <message>
+        <source>DisplayRate: --</source>
+        <translation>显示帧率：--</translation>
+    </message>
+    <message>
+        <source>Location: --,--</source>
+        <translation>位置：--,--</translation>
+    </message>
+    <message>
+        <source>RGB: --</source>
+        <translation>RGB：--</translation>
+    </message>
+    <message>
+        <source>YUV: --</source>
+        <translation>YUV：--</translation>
+    </message>
+    <message>
+        <source>Zoom: --%</source>
+        <translation>缩放：--%</translation>
+    </message>
+    <message>
+        <source>Temperature: --</source>
+        <translation>温度：--</translation>
+    </message>
+    <message>
+        <source>Choose the items of the status bar</source>
+        <translation>选择状态栏显示项</translation>
+    </message>
+    <message>
+        <source>Image:%1</source>
+        <translation>图像：%1</translation>
+    </message>
+    <message>
+        <source>RGB: %1 %2 %3</source>
+        <translation>RGB：%1 %2 %3</translation>
+    </message>
+    <message>
+        <source>YUV: %1 %2 %3</source>
+        <translation>YUV：%1 %2 %3</translation>
+    </message>
+</context>
+<context>
+    <name>QPrevTitleBar</name>
+    <message>
+        <source>Capturing...</source>
+        <translation>正在抓图……</translation>
+    </message>
+</context>
+<context>
+    <name>QPreviewWidget</name>
+    <message>
+        <source>Live picture</source>
+        <translation>实时画面</translation>
+    </message>
+    <message>
+        <source>Zoom: %1%</source>
+        <translation>缩放：%1%</translation>
+    </message>
+</context>
+<context>
+    <name>QRenderWidget</name>
+    <message>
+        <source>Zoom: --%</source>
+        <translation>缩放：--%</translation>
+    </message>
+    <message>
+        <source>Error: --</source>
+        <translation>错误：--</translation>
+    </message>
+    <message>
+        <source>LostPacket: --</source>
+        <translation>丢包：--</translation>
+    </message>
+    <message>
+        <source>Error: %1</source>
+        <translation>错误：%1</translation>
+    </message>
+    <message>
+        <source>LostPacket: %1</source>
+        <translation>丢包：%1</translation>
+    </message>
+    <message>
+        <source>AcquisitionRate: --fps</source>
+        <translation>采集帧率：--fps</translation>
+    </message>
+    <message>
+        <source>AcquisitionRate:</source>
+        <translation>采集帧率：</translation>
+    </message>
+    <message>
+        <source>fps</source>
+        <translation>fps</translation>
+    </message>
+    <message>
+        <source>BW: --Mbps</source>
+        <translation>带宽：--Mbps</translation>
+    </message>
+    <message>
+        <source>DisplayRate: --fps</source>
+        <translation>显示帧率：--fps</translation>
+    </message>
+    <message>
+        <source>Locate: %1, %2</source>
+        <translation>位置：%1, %2</translation>
+    </message>
+    <message>
+        <source>Locate: --, --</source>
+        <translation>位置：--, --</translation>
+    </message>
+    <message>
+        <source>LineRate: %1Hz</source>
+        <translation>行频：%1Hz</translation>
+    </message>
+    <message>
+        <source>BW:%1Mbps</source>
+        <translation>带宽：%1Mbps</translation>
+    </message>
+    <message>
+        <source>DisplayRate:%1fps</source>
+        <translation>显示帧率：%1fps</translation>
+    </message>
+    <message>
+        <source>Temperature: %1</source>
+        <translation>温度：%1</translation>
+    </message>
+    <message>
+        <source>Resolution: %1 * %2</source>
+        <translation>分辨率：%1 * %2</translation>
+    </message>
+</context>
+<context>
     <name>QSaveDoneHintDlg</name>
     <message>
         <source>View</source>
@@ -432,6 +592,65 @@
     <message>
         <source>Show Details</source>
         <translation>显示详情</translation>
+    </message>
+</context>
+<context>
+    <name>QStatusItemSelectWidget</name>
+    <message>
+        <source>Line Rate</source>
+        <translation>行频</translation>
+    </message>
+    <message>
+        <source>Acquisition Rate</source>
+        <translation>采集帧率</translation>
+    </message>
+    <message>
+        <source>Image Number</source>
+        <translation>图像数量</translation>
+    </message>
+    <message>
+        <source>Bandwidth</source>
+        <translation>带宽</translation>
+    </message>
+    <message>
+        <source>Resolution</source>
+        <translation>分辨率</translation>
+    </message>
+    <message>
+        <source>Errors</source>
+        <translation>错误</translation>
+    </message>
+    <message>
+        <source>Packets Lost</source>
+        <translation>丢包</translation>
+    </message>
+    <message>
+        <source>Display Rate</source>
+        <translation>显示帧率</translation>
+    </message>
+    <message>
+        <source>Location</source>
+        <translation>位置</translation>
+    </message>
+    <message>
+        <source>RGB</source>
+        <translation>RGB</translation>
+    </message>
+    <message>
+        <source>YUV</source>
+        <translation>YUV</translation>
+    </message>
+    <message>
+        <source>Zoom</source>
+        <translation>缩放</translation>
+    </message>
+    <message>
+        <source>Temperature</source>
+        <translation>温度</translation>
+    </message>
+    <message>
+        <source>All</source>
+        <translation>全部</translation>
     </message>
 </context>
 <context>

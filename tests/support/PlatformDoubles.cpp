@@ -52,6 +52,9 @@ void PlatformDoubles::Reset(const std::string& xml) {
     m_transportMask = 0;
     m_handleRecord = {};
     m_forcedIp = 0;
+    m_matchInfo = {};
+    m_matchInfo.receivedBytes = 123456789012; // above 32 bits
+    m_matchInfo.lostPackets = 17;
     m_frames.clear();
     m_freeRunMicroseconds = 0;
     m_grabbing = false;
@@ -203,6 +206,11 @@ void PlatformDoubles::SetDeviceInfo(const _OV_CC_DEVICE_INFO_& info) {
 void PlatformDoubles::SetDevices(const std::vector<_OV_CC_DEVICE_INFO_>& devices) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_devices = devices;
+}
+
+void PlatformDoubles::SetMatchInfo(const _OV_MATCH_INFO_NET_DETECT_& info) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_matchInfo = info;
 }
 
 void PlatformDoubles::PushFrame(const DoubleFrame& frame) {
@@ -432,9 +440,9 @@ uint32_t OV_CC_GetAllMatchInfo(void*, _OV_ALL_MATCH_INFO_* query) {
     const uint32_t status = Enter("OV_CC_GetAllMatchInfo");
     if (status == OV_STATUS_OK && query->type == OV_MATCH_INFO_NET_DETECT &&
         query->infoSize == sizeof(_OV_MATCH_INFO_NET_DETECT_)) {
-        auto* counts = static_cast<_OV_MATCH_INFO_NET_DETECT_*>(query->info);
-        counts->receivedBytes = 123456789012;
-        counts->lostPackets = 17;
+        DoubleAccess::With([query](const PlatformDoubles& d) {
+            *static_cast<_OV_MATCH_INFO_NET_DETECT_*>(query->info) = d.m_matchInfo;
+        });
     }
     return status;
 }

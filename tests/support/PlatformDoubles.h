@@ -67,6 +67,8 @@ public:
     uint32_t LastTransportMask() const;
     _OV_CC_DEVICE_INFO_ LastHandleRecord() const; // of OV_CC_CreateHandle and OV_CC_CreateHandleWithoutLog
     uint32_t LastForcedIp() const;
+    // What OV_CC_GetAllMatchInfo tells from now on.
+    void SetMatchInfo(const _OV_MATCH_INFO_NET_DETECT_& info);
     void PushFrame(const DoubleFrame& frame);
     // From now on each wait for a frame gets one of these after `microseconds`.
     void SetFreeRun(const DoubleFrame& frame, unsigned microseconds);
@@ -122,6 +124,7 @@ public:
     uint32_t m_transportMask = 0;
     _OV_CC_DEVICE_INFO_ m_handleRecord{};
     uint32_t m_forcedIp = 0;
+    _OV_MATCH_INFO_NET_DETECT_ m_matchInfo{};
     std::deque<DoubleFrame> m_frames;
     DoubleFrame m_freeRun;
     unsigned m_freeRunMicroseconds = 0;

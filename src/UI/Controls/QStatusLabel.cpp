@@ -22,7 +22,7 @@ QStatusLabel::QStatusLabel(const QString& text, QWidget* parent) : QLineEdit(tex
 }
 
 int QStatusLabel::WantedWidth() const {
-    return Look::FigureWidth(fontMetrics(), text()) + 2;
+    return Look::FigureWidth(fontMetrics(), text()) + 4;
 }
 
 void QStatusLabel::OnTextChanged() {
@@ -57,7 +57,7 @@ void QStatusLabel::changeEvent(QEvent* event) {
 }
 
 bool QStatusLabel::event(QEvent* event) {
-    if (event->type() == QEvent::ToolTip && toolTip().isEmpty() && WantedWidth() > width() + 2) {
+    if (event->type() == QEvent::ToolTip && toolTip().isEmpty() && WantedWidth() > width() + 4) {
         QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text(), this);
         return true;
     }
