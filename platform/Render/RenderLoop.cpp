@@ -137,7 +137,8 @@ void RenderLoop::run() {
 std::shared_ptr<RenderLoop::Request> RenderLoop::nextRequest(bool& stopping) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     stopping = m_stopping;
-    if (m_requests.empty()) {
+    // Stopped, the requests stay where the end of the thread finishes them all.
+    if (stopping || m_requests.empty()) {
         return nullptr;
     }
     std::shared_ptr<Request> request = m_requests.front();
@@ -224,6 +225,9 @@ RenderLoop::Target* RenderLoop::targetFor(uint32_t port, xcb_window_t window) {
     target.window = window;
     target.info = *info;
     target.presenter = makePresenter(window, *info);
+    if (target.presenter->lost()) {
+        return nullptr;
+    }
     return &m_targets.emplace(port, std::move(target)).first->second;
 }
 

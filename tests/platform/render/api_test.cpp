@@ -6,10 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <future>
 #include <limits>
 #include <thread>
+#include <vector>
 
 namespace kolt::tests {
 namespace {
@@ -344,6 +346,30 @@ TEST_F(Calls, DestroyingWaitsForACallbackThatRuns) {
     destroying.join();
     drawing.join();
     EXPECT_TRUE(destroyed);
+}
+
+/* A drawing that waits for its turn comes back with the handle's end, not after a patience of seconds. */
+TEST_F(Calls, DestroyingEndsTheDrawingsThatWait) {
+    const auto begin = std::chrono::steady_clock::now();
+    for (int round = 0; round < 100; ++round) {
+        const RenderHandle destroyed(VR_PIXEL_RGB8, VR_ENGINE_SOFTWARE, window);
+        ASSERT_EQ(destroyed.update(picture), 1);
+        std::atomic<int> underWay{0};
+        std::vector<std::thread> drawers;
+        for (int i = 0; i < 3; ++i) {
+            drawers.emplace_back([&] {
+                while (destroyed.display() == 1) {
+                    ++underWay;
+                }
+            });
+        }
+        EXPECT_TRUE(eventually([&] { return underWay > 3; }));
+        EXPECT_EQ(VR_DestroyHandle(destroyed.get()), 1U);
+        for (std::thread& drawer : drawers) {
+            drawer.join();
+        }
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
 }
 
 /* ---- the display ---- */
