@@ -166,7 +166,11 @@ EGLSurface GlContext::createSurface(xcb_window_t window) {
 
 void GlContext::destroySurface(EGLSurface surface) {
     if (m_current == surface) {
-        m_api.eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+        // The context stays current: Mesa keeps the buffers of a surface that it was taken from along with
+        // the context, megabytes for each window. A driver that can't do without a surface lets go of both.
+        if (m_api.eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, m_context) == EGL_FALSE) {
+            m_api.eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+        }
         m_current = EGL_NO_SURFACE;
     }
     m_api.eglDestroySurface(m_display, surface);

@@ -25,12 +25,14 @@ public:
         , m_colormap(xcb_generate_id(connection.get()))
         , m_child(xcb_generate_id(connection.get())) {
         xcb_connection_t* x = connection.get();
-        xcb_create_colormap(x, XCB_COLORMAP_ALLOC_NONE, m_colormap, window, context.visual());
+        const xcb_window_t root = connection.screen()->root;
+        xcb_create_colormap(x, XCB_COLORMAP_ALLOC_NONE, m_colormap, root, context.visual());
         // A border pixel, because the parent's border may have another depth. No background, which would
-        // flicker.
-        const uint32_t mask = XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP;
-        const uint32_t values[] = {XCB_BACK_PIXMAP_NONE, 0, XCB_EVENT_MASK_EXPOSURE, m_colormap};
-        xcb_create_window(x, static_cast<uint8_t>(context.depth()), m_child, window, 0, 0,
+        // flicker. Unseen below the root until it has a surface: see start().
+        const uint32_t mask = XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT |
+                              XCB_CW_EVENT_MASK | XCB_CW_COLORMAP;
+        const uint32_t values[] = {XCB_BACK_PIXMAP_NONE, 0, 1, XCB_EVENT_MASK_EXPOSURE, m_colormap};
+        xcb_create_window(x, static_cast<uint8_t>(context.depth()), m_child, root, 0, 0,
                           static_cast<uint16_t>(m_size.width), static_cast<uint16_t>(m_size.height), 0,
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, context.visual(), mask, values);
         if (connection.canShapeInput()) {
@@ -39,8 +41,6 @@ public:
             xcb_shape_rectangles(x, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, m_child,
                                  0, 0, 0, nullptr);
         }
-        xcb_map_window(x, m_child);
-        m_surface = context.createSurface(m_child);
     }
 
     ~GlPresenter() override {
@@ -51,11 +51,26 @@ public:
         xcb_free_colormap(m_connection.get(), m_colormap);
     }
 
-    /* The first drawing tells whether the driver is fit for it. */
-    bool start(bool evenEmulated) {
+    /*
+     * Afterwards unsuitable() tells whether the driver is fit for it, lost() whether the window is gone. A
+     * window that is destroyed while a driver makes its surface ends the process (Mesa 22.3), and the
+     * program's window may go at any moment: so the child gets its surface while it is nobody's but ours, and
+     * its place afterwards.
+     */
+    void start(bool evenEmulated) {
+        m_surface = m_context.createSurface(m_child);
         m_unsuitable = m_surface == EGL_NO_SURFACE || !m_context.makeCurrent(m_surface) ||
                        (m_context.isEmulated() && !evenEmulated) || !m_context.prepare();
-        return !m_unsuitable;
+        if (m_unsuitable) {
+            return;
+        }
+        xcb_connection_t* x = m_connection.get();
+        const XReply<xcb_generic_error_t> refused(
+            xcb_request_check(x, xcb_reparent_window_checked(x, m_child, m_parent, 0, 0)));
+        m_lost = refused != nullptr;
+        if (!m_lost) {
+            xcb_map_window(x, m_child);
+        }
     }
 
     bool present(const View& view, Size window, uint32_t syncPeriod) override {
@@ -132,10 +147,8 @@ private:
 std::unique_ptr<Presenter> makeGlPresenter(XConnection& connection, GlContext& context, FrameStore& frames,
                                            xcb_window_t window, const WindowInfo& info, bool evenEmulated) {
     auto presenter = std::make_unique<GlPresenter>(connection, context, frames, window, info);
-    if (!presenter->start(evenEmulated)) {
-        return nullptr;
-    }
-    return presenter;
+    presenter->start(evenEmulated);
+    return presenter->unsuitable() ? nullptr : std::move(presenter);
 }
 
 } // namespace kolt::render

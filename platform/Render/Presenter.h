@@ -47,7 +47,8 @@ std::unique_ptr<Presenter> makeSoftwarePresenter(XConnection& connection, EventS
                                                  FrameStore& frames, xcb_window_t window,
                                                  const WindowInfo& info, bool share);
 
-/* Null where the driver doesn't do it; evenEmulated: also a driver that works on the processor. */
+/* Null where the driver doesn't do it, lost() where the window has gone meanwhile; evenEmulated: also a
+ * driver that works on the processor. */
 std::unique_ptr<Presenter> makeGlPresenter(XConnection& connection, GlContext& context, FrameStore& frames,
                                            xcb_window_t window, const WindowInfo& info, bool evenEmulated);
 
