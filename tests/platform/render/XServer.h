@@ -20,6 +20,8 @@ public:
     XServer& operator=(const XServer&) = delete;
 
     const std::string& display() const { return m_display; }
+    /* The server's number, to look at what it holds. */
+    pid_t process() const { return m_process; }
     void kill();
     /* Takes no more time until resumed: as a hung server looks to its clients. */
     void freeze() const;
