@@ -22,7 +22,6 @@ namespace kolt::render {
     X(PFNEGLDESTROYCONTEXTPROC, eglDestroyContext)                                                           \
     X(PFNEGLDESTROYSURFACEPROC, eglDestroySurface)                                                           \
     X(PFNEGLMAKECURRENTPROC, eglMakeCurrent)                                                                 \
-    X(PFNEGLQUERYSURFACEPROC, eglQuerySurface)                                                               \
     X(PFNEGLSWAPBUFFERSPROC, eglSwapBuffers)                                                                 \
     X(PFNEGLSWAPINTERVALPROC, eglSwapInterval)                                                               \
     X(PFNEGLRELEASETHREADPROC, eglReleaseThread)                                                             \

@@ -194,14 +194,6 @@ bool GlContext::swap(EGLSurface surface, uint32_t syncPeriod) {
     return m_api.eglSwapBuffers(m_display, surface) != EGL_FALSE;
 }
 
-Size GlContext::sizeOf(EGLSurface surface) const {
-    EGLint width = 0;
-    EGLint height = 0;
-    m_api.eglQuerySurface(m_display, surface, EGL_WIDTH, &width);
-    m_api.eglQuerySurface(m_display, surface, EGL_HEIGHT, &height);
-    return {width, height};
-}
-
 bool GlContext::isEmulated() const {
     const auto* name = reinterpret_cast<const char*>(m_api.glGetString(GL_RENDERER));
     if (name == nullptr) {

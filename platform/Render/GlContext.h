@@ -32,7 +32,6 @@ public:
     /* False when the window is gone. */
     bool makeCurrent(EGLSurface surface);
     bool swap(EGLSurface surface, uint32_t syncPeriod);
-    Size sizeOf(EGLSurface surface) const;
 
     /* The following want a current surface. */
     /* The driver works on the processor, which the software engine does better. */

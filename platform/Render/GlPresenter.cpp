@@ -75,6 +75,7 @@ public:
 
     bool present(const View& view, Size window, uint32_t syncPeriod) override {
         if (window != m_size) {
+            m_freshSize = true;
             const uint32_t size[] = {static_cast<uint32_t>(window.width),
                                      static_cast<uint32_t>(window.height)};
             xcb_configure_window(m_connection.get(), m_child,
@@ -85,13 +86,12 @@ public:
             m_unsuitable = true;
             return false;
         }
-        // Drivers learn of a new size at different moments, some only in the swap: then once more.
-        for (int attempt = 0; attempt < 2; ++attempt) {
+        // Drivers learn of a new size at different moments, some only in the swap: then once more. Asking the
+        // driver which size it has would cost questions to the server, and leaves the answer about a window
+        // that has gone to nobody (Mesa 22.3).
+        for (int times = std::exchange(m_freshSize, false) ? 2 : 1; times > 0; --times) {
             if (!drawOnce(view, window) || !m_context.swap(m_surface, syncPeriod)) {
                 return false;
-            }
-            if (m_context.sizeOf(m_surface) == window) {
-                break;
             }
         }
         xcb_flush(m_connection.get());
@@ -137,6 +137,7 @@ private:
     const xcb_window_t m_child;
     EGLSurface m_surface = EGL_NO_SURFACE;
     Plan m_plan;
+    bool m_freshSize = true; /* not drawn in yet */
     bool m_exposed = false;
     bool m_lost = false;
     bool m_unsuitable = false;

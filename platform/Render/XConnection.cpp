@@ -3,13 +3,20 @@
 #include <xcb/shape.h>
 #include <xcb/shm.h>
 
+#include <mutex>
 #include <sys/socket.h>
 
 namespace kolt::render {
 
 std::unique_ptr<XConnection> XConnection::open() {
+    // The search for the authority file goes by way of a static buffer of libXau.
+    static std::mutex connecting; // guards that buffer
     int screen = 0;
-    xcb_connection_t* connection = xcb_connect(nullptr, &screen);
+    xcb_connection_t* connection = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(connecting);
+        connection = xcb_connect(nullptr, &screen);
+    }
     if (xcb_connection_has_error(connection) != 0) {
         xcb_disconnect(connection);
         return nullptr;
