@@ -521,14 +521,6 @@
         <translation>采集帧率：--fps</translation>
     </message>
     <message>
-        <source>AcquisitionRate:</source>
-        <translation>采集帧率：</translation>
-    </message>
-    <message>
-        <source>fps</source>
-        <translation>fps</translation>
-    </message>
-    <message>
         <source>BW: --Mbps</source>
         <translation>带宽：--Mbps</translation>
     </message>
@@ -563,6 +555,10 @@
     <message>
         <source>Resolution: %1 * %2</source>
         <translation>分辨率：%1 * %2</translation>
+    </message>
+    <message>
+        <source>AcquisitionRate:%1fps</source>
+        <translation>采集帧率：%1fps</translation>
     </message>
 </context>
 <context>

@@ -68,8 +68,7 @@ void QRenderWidget::ShowRates(QCamera& camera) {
         m_pStatusBar->SetLineRate(tr("LineRate: %1Hz").arg(lineRate));
     const float acquisition = camera.GetActualFrameRate();
     m_pStatusBar->SetFrameRate(acquisition < 0 ? tr("AcquisitionRate: --fps")
-                                               : tr("AcquisitionRate:") +
-                                                     QString::number(acquisition, 'f', 2) + tr("fps"));
+                                               : tr("AcquisitionRate:%1fps").arg(acquisition, 0, 'f', 2));
     const float bandwidth = camera.GetActualBandWidth();
     m_pStatusBar->SetBandWidth(bandwidth < 0 ? tr("BW: --Mbps") : tr("BW:%1Mbps").arg(bandwidth, 0, 'f', 1));
     const float display = ShownDisplayRate(camera.GetActualDisplayRate(), acquisition,
