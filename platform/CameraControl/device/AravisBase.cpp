@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "device/Statuses.h"
+#include "device/Threads.h"
 
 namespace kolt::cc {
 
@@ -93,6 +94,9 @@ FrameGeometry AravisBase::geometry() {
 
 std::uint32_t AravisBase::openStream(const StreamSettings& settings, FrameStream::Hooks hooks,
                                      std::shared_ptr<FrameStream>& stream) {
+    if (!descriptorsToSpare()) {
+        return OV_STATUS_RESOURCE;
+    }
     StreamShape shape;
     std::uint32_t status = payloadSize(shape.payload);
     if (status != OV_STATUS_OK) {

@@ -7,6 +7,7 @@
 #include "device/AravisBase.h"
 #include "device/GigeDevice.h"
 #include "device/Statuses.h"
+#include "device/Threads.h"
 #include "find/DeviceFinder.h"
 
 namespace kolt::cc {
@@ -70,6 +71,10 @@ std::unique_ptr<TransportDevice> openUsb(const OpenRequest& request, std::uint32
 
 std::unique_ptr<TransportDevice> openDevice(const OpenRequest& request, std::uint32_t& status) {
     quietTransportLibraries();
+    if (!descriptorsToSpare()) {
+        status = OV_STATUS_RESOURCE;
+        return nullptr;
+    }
     switch (request.device.nTLayerType) {
     case OV_TLAYER_GIGE:
         return GigeDevice::open(request, status);

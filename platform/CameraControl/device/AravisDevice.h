@@ -24,6 +24,7 @@ struct OpenRequest {
 //   OV_STATUS_NETWORK          no such camera answers
 //   OV_STATUS_PRECONDITION     no such USB camera is plugged in
 //   OV_STATUS_INVALID_PARAMETER  the record names no USB camera
+//   OV_STATUS_RESOURCE         descriptors or memory are short
 //   OV_STATUS_BUSY             it answers, but not to the opening
 //   OV_STATUS_ACCESS_DENIED    somebody else holds it
 //   OV_STATUS_NOT_SUPPORTED    its XML would have to be fetched from elsewhere (http:), or the layer is

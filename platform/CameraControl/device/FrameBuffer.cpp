@@ -1,9 +1,10 @@
 #include "device/FrameBuffer.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <random>
+
+#include <sys/mman.h>
 
 namespace kolt::cc {
 
@@ -51,16 +52,46 @@ void MarkedPlaces::copyFilled(std::uint8_t* destination, const std::uint8_t* mem
     }
 }
 
-void FrameMemory::Free::operator()(std::uint8_t* memory) const {
-    std::free(memory);
+namespace {
+
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
+
+// Bytes of a frame of this size that deserve huge pages: those that they fill by more than half.
+std::size_t hugePart(std::size_t size) {
+    return (size + kHugePage / 2) / kHugePage * kHugePage;
 }
 
+} // namespace
+
+void FrameMemory::Unmap::operator()(std::uint8_t* memory) const {
+    munmap(memory, mapped);
+}
+
+// Mapped, not allocated: what is freed goes back to the system, and the wish for huge pages comes before the
+// first touch.
 FrameMemory::FrameMemory(std::size_t size) : size_(size) {
-    constexpr std::size_t kLine = 64;
-    const std::size_t rounded = (std::max<std::size_t>(size, 1) + kLine - 1) / kLine * kLine;
-    if (rounded >= size) {
-        memory_.reset(static_cast<std::uint8_t*>(std::aligned_alloc(kLine, rounded)));
+    constexpr std::size_t kMost = std::size_t{1} << 46;
+    if (size > kMost) {
+        return;
     }
+    const std::size_t huge = hugePart(size);
+    std::size_t mapped = std::max({size, huge, std::size_t{1}}) + (huge > 0 ? kHugePage : 0);
+    void* const start = mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (start == MAP_FAILED) {
+        return;
+    }
+    auto* memory = static_cast<std::uint8_t*>(start);
+    if (huge > 0) {
+        const std::size_t skip =
+            (kHugePage - reinterpret_cast<std::uintptr_t>(start) % kHugePage) % kHugePage;
+        if (skip > 0) {
+            munmap(memory, skip);
+        }
+        memory += skip;
+        mapped -= skip;
+        madvise(memory, huge, MADV_HUGEPAGE); // only a wish
+    }
+    memory_ = {memory, Unmap{mapped}};
 }
 
 } // namespace kolt::cc

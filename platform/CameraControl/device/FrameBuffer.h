@@ -38,7 +38,8 @@ private:
     FrameMark mark_;
 };
 
-// Plain owned memory, aligned to a cache line, not cleared.
+// Plain owned memory at the start of a page, of huge pages where the system has them: packets are scattered
+// over megabytes, and each copy of a frame goes through all of them.
 class FrameMemory {
 public:
     // data() is null where there is not so much memory.
@@ -48,11 +49,12 @@ public:
     std::size_t size() const { return size_; }
 
 private:
-    struct Free {
+    struct Unmap {
+        std::size_t mapped;
         void operator()(std::uint8_t* memory) const;
     };
     std::size_t size_;
-    std::unique_ptr<std::uint8_t, Free> memory_;
+    std::unique_ptr<std::uint8_t, Unmap> memory_;
 };
 
 } // namespace kolt::cc

@@ -4,7 +4,10 @@
 #include <array>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 #include <utility>
+
+#include <unistd.h>
 
 namespace kolt::cc {
 
@@ -24,11 +27,25 @@ std::size_t placeSize(const StreamShape& shape) {
     return shape.packetData > 0 ? shape.packetData : kUsbPiece;
 }
 
+// Free buffers that a stream of packets is given at a time. It fills them in the order in which it got them,
+// so each more would be one that has been out of the processor's caches for longer: the one that was copied
+// out last is the best to be filled next. One would be enough, since the next is handed over when a frame
+// begins; the second is for a packet whose kind Aravis doesn't know, which costs it a buffer.
+constexpr int kAhead = 2;
+
 // Buffers beyond those asked for: while a frame waits for a packet to be sent again, those behind it wait as
 // well, however fast the caller is.
 std::size_t reserveFor(std::size_t payload) {
     constexpr std::size_t kMemory = std::size_t{64} << 20;
     return std::clamp<std::size_t>(kMemory / payload, 2, 24);
+}
+
+// Of what the machine has. The buffers asked for are touched at once, and a process that takes more is killed
+// instead of being told.
+std::uint64_t mostMemory() {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long page = sysconf(_SC_PAGESIZE);
+    return static_cast<std::uint64_t>(std::max(pages, 1L)) * static_cast<std::uint64_t>(page) / 4 * 3;
 }
 
 std::uint64_t realtimeNow() {
@@ -106,6 +123,7 @@ std::size_t fittingSize(const SizeSigns& signs) {
 FrameStream::FrameStream(const StreamSettings& settings, const StreamShape& shape, Hooks hooks)
     : packetised_(shape.packetData > 0)
     , wanted_(std::max(settings.buffers, 1u))
+    , ahead_(packetised_ ? kAhead : static_cast<int>(wanted_)) // USB transfers into several at once
     , places_(placeSize(shape), processFrameMark())
     , hooks_(std::move(hooks))
     , dropIncomplete_(settings.dropIncomplete)
@@ -139,7 +157,7 @@ FrameStream::~FrameStream() {
 
 // Makes the buffers anew and hands them to the stream. On failure nothing is changed.
 bool FrameStream::allocateLocked(std::size_t payload) {
-    if (payload == 0 || payload > kLargestFrame) {
+    if (payload == 0 || payload > kLargestFrame || std::uint64_t{wanted_} * payload > mostMemory()) {
         return false;
     }
     std::vector<std::unique_ptr<Buffer>> made;
@@ -150,26 +168,47 @@ bool FrameStream::allocateLocked(std::size_t payload) {
             return false;
         }
         buffer->arv.reset(arv_buffer_new_full(payload, buffer->memory.data(), buffer.get(), nullptr));
-        wipe(*buffer);
+        if (index < wanted_) {
+            wipe(*buffer); // touches its pages; those of the others are taken when they are needed
+        }
         made.push_back(std::move(buffer));
     }
     ++generation_;
     signs_.buffers = payload;
     signs_.unfit = false;
-    for (auto& buffer : made) {
-        giveBackLocked(*buffer);
-        buffers_.push_back(std::move(buffer));
+    for (auto last = made.rbegin(); last != made.rend(); ++last) { // the last is the first to be used
+        reserve_.push_back(last->get());
+        (*last)->where = Where::reserve;
     }
+    std::move(made.begin(), made.end(), std::back_inserter(buffers_));
+    fillUpLocked();
     return true;
+}
+
+void FrameStream::fillUpLocked() {
+    while (freeLocked() < ahead_ && !reserve_.empty()) {
+        Buffer& buffer = *reserve_.back();
+        reserve_.pop_back();
+        pushLocked(buffer);
+    }
+}
+
+int FrameStream::freeLocked() const {
+    gint free = 0;
+    arv_stream_get_n_buffers(stream_, &free, nullptr);
+    return free;
+}
+
+void FrameStream::pushLocked(Buffer& buffer) {
+    wipe(buffer);
+    buffer.where = Where::stream;
+    arv_stream_push_buffer(stream_, ARV_BUFFER(g_object_ref(buffer.arv.get())));
 }
 
 void FrameStream::giveBackLocked(Buffer& buffer) {
     if (stream_ != nullptr && buffer.generation == generation_) {
-        gint free = 0;
-        arv_stream_get_n_buffers(stream_, &free, nullptr);
-        if (free < static_cast<gint>(wanted_)) {
-            buffer.where = Where::stream;
-            arv_stream_push_buffer(stream_, ARV_BUFFER(g_object_ref(buffer.arv.get())));
+        if (freeLocked() < ahead_) {
+            pushLocked(buffer);
         } else {
             buffer.where = Where::reserve;
             reserve_.push_back(&buffer);
@@ -182,15 +221,11 @@ void FrameStream::giveBackLocked(Buffer& buffer) {
     buffers_.erase(here);
 }
 
-// Marks the buffer as empty. By whoever holds it.
+// Marks the buffer as empty. By whoever holds it; right before the stream gets it, so that the marks are
+// still in the cache of the thread that will write over them.
 void FrameStream::wipe(Buffer& buffer) const {
     places_.write(buffer.memory.data(), buffer.memory.size());
     arv_buffer_set_frame_id(buffer.arv.get(), kNoBlockId);
-}
-
-void FrameStream::recycleLocked(Buffer& buffer) {
-    wipe(buffer);
-    giveBackLocked(buffer);
 }
 
 // Frees buffers up to that generation that nobody holds; the stream has let go of them.
@@ -238,17 +273,40 @@ TransportCounters FrameStream::countersLocked() const {
 }
 
 void FrameStream::onFrameBegun() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    std::unique_lock<std::mutex> lock(mutex_);
     tally_.frameBegun(countersLocked());
-    gint free = 0;
-    arv_stream_get_n_buffers(stream_, &free, nullptr);
-    if (free == 0 && !reserve_.empty()) {
-        // The frames behind one that waits for a packet pile up.
+    for (int free = freeLocked(); free < ahead_ && !reserve_.empty(); ++free) {
         Buffer& buffer = *reserve_.back();
         reserve_.pop_back();
         buffer.where = Where::stream;
-        arv_stream_push_buffer(stream_, ARV_BUFFER(g_object_ref(buffer.arv.get())));
+        ArvStream* const stream = stream_;
+        // Callers need not wait for the marks to be written. Whoever exchanges or frees buffers of the stream
+        // waits for this thread before.
+        lock.unlock();
+        wipe(buffer);
+        arv_stream_push_buffer(stream, ARV_BUFFER(g_object_ref(buffer.arv.get())));
+        lock.lock();
     }
+}
+
+void FrameStream::lookAfter() {
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (!owned_ || ended_) {
+            return;
+        }
+        fillUpLocked();
+        const bool starving = freeLocked() == 0 && ready_.empty() && tally_.isIdle() &&
+                              std::any_of(buffers_.begin(), buffers_.end(),
+                                          [](const auto& owned) { return owned->where == Where::stream; });
+        // Twice, since a frame may just be beginning.
+        starved_ = starving && hungry_;
+        hungry_ = starving;
+        if (!starved_) {
+            return;
+        }
+    }
+    hooks_.sizeChanged(true);
 }
 
 // The counters are complete now, and the stream that holds them goes.
@@ -311,7 +369,7 @@ bool FrameStream::takeClosedLocked(Buffer& buffer) {
         changed_.notify_one();
     } else {
         own_.droppedFrames += incomplete ? 1 : 0;
-        recycleLocked(buffer);
+        giveBackLocked(buffer);
     }
     return sizeChanged;
 }
@@ -417,7 +475,6 @@ std::uint32_t FrameStream::fetch(std::uint8_t* destination, std::uint32_t capaci
     } else {
         places_.copyFilled(destination, buffer->memory.data(), buffer->length);
     }
-    wipe(*buffer);
     const std::lock_guard<std::mutex> lock(mutex_);
     giveBackLocked(*buffer);
     return status;
@@ -462,7 +519,7 @@ void FrameStream::setDropIncomplete(bool drop) {
         }
         next = ready_.erase(next);
         ++own_.droppedFrames;
-        recycleLocked(buffer);
+        giveBackLocked(buffer);
     }
 }
 
@@ -513,9 +570,10 @@ std::uint32_t FrameStream::followSize(std::size_t payload) {
             return OV_STATUS_CALL_ORDER;
         }
         signs_.payload = payload;
-        if (fittingSize(signs_) == signs_.buffers) {
+        if (fittingSize(signs_) == signs_.buffers && !starved_) {
             return OV_STATUS_OK;
         }
+        starved_ = false;
         stream = stream_;
     }
     arv_stream_stop_thread(stream, TRUE);
@@ -531,7 +589,7 @@ std::uint32_t FrameStream::followSize(std::size_t payload) {
             status = OV_STATUS_RESOURCE; // go on with those that there are
             for (const auto& buffer : buffers_) {
                 if (buffer->where == Where::stream) {
-                    recycleLocked(*buffer);
+                    giveBackLocked(*buffer);
                 }
             }
         }

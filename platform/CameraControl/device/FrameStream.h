@@ -69,8 +69,8 @@ std::size_t fittingSize(const SizeSigns& signs);
 class FrameStream {
 public:
     struct Hooks {
-        // Frames no longer have the buffers' size (urgent: and don't fit). Called for each such frame, on the
-        // stream's thread.
+        // Frames no longer have the buffers' size (urgent: and don't fit), or all buffers are gone (urgent).
+        // Called for each such frame, on the stream's thread or that of lookAfter().
         std::function<void(bool urgent)> sizeChanged;
         std::function<void()> frameCame; // a sign of life; on the stream's thread
     };
@@ -104,6 +104,11 @@ public:
     // is being received at that moment is lost (and counted).
     std::uint32_t followSize(std::size_t payload);
 
+    // To be called a few times a second, on any thread: Aravis loses a buffer with each packet whose kind it
+    // doesn't know. Gives it others, and has all of them exchanged (by the hook for a changed size) when none
+    // is left.
+    void lookAfter();
+
     StreamNumbers numbers() const;
 
 private:
@@ -121,9 +126,11 @@ private:
     void readLeaderLocked(Buffer& buffer);
     void measureLocked(Buffer& buffer) const;
     bool allocateLocked(std::size_t payload);
+    int freeLocked() const;
+    void fillUpLocked();
+    void pushLocked(Buffer& buffer);
     void giveBackLocked(Buffer& buffer);
     void wipe(Buffer& buffer) const;
-    void recycleLocked(Buffer& buffer);
     void freeIdleLocked(unsigned generation);
     TransportCounters countersLocked() const;
     StreamNumbers numbersLocked() const;
@@ -131,6 +138,7 @@ private:
 
     const bool packetised_;
     const unsigned wanted_;
+    const int ahead_; // free buffers that the stream should have
     const MarkedPlaces places_;
     const Hooks hooks_;
     std::mutex restart_; // serialises release() and followSize(); taken before mutex_
@@ -142,8 +150,10 @@ private:
     std::unique_ptr<Infos> infos_;
     std::vector<std::unique_ptr<Buffer>> buffers_;
     std::deque<Buffer*> ready_;
-    std::vector<Buffer*> reserve_; // given to the stream when it runs out of buffers
+    std::vector<Buffer*> reserve_; // free, and not with the stream yet; the next to go is the last one here
     unsigned generation_ = 0;      // of the buffers; former ones are not given back to the stream
+    bool hungry_ = false;          // at the last look nobody had a buffer but the stream, which had none
+    bool starved_ = false;         // at the last two
     bool dropIncomplete_;
     bool ended_ = false;
     std::uint32_t endStatus_ = 0;

@@ -76,6 +76,9 @@ public:
 
     const TallyTotals& totals() const { return totals_; }
 
+    // No frame has begun that was not closed.
+    bool isIdle() const { return begun_.empty(); }
+
     // The block id of the newest frame, counted on from the last known one when its leader is missing.
     std::uint64_t blockId() const { return blockIdAfter(lastId_, unnumbered_); }
 

@@ -126,6 +126,9 @@ void LivenessMonitor::loop() {
         if (probe_) {
             probe_->send();
         }
+        if (!muted) {
+            hooks_.tick();
+        }
         if (!muted && round % rules_.controlEvery == 0) {
             hooks_.askControl();
         }

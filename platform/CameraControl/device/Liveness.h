@@ -71,6 +71,7 @@ class LivenessMonitor {
 public:
     struct Hooks {
         std::function<bool()> busy;           // a caller's register access is under way
+        std::function<void()> tick;           // once each interval; must not block
         std::function<void()> askControl;     // starts a look at the control; must not block
         std::function<void(LossReason)> lost; // called once at most, on the monitor's thread
     };

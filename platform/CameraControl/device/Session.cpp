@@ -40,6 +40,11 @@ Session::Session(Parts parts)
     , io_(std::make_unique<IoQueue>("ov-device")) {
     LivenessMonitor::Hooks hooks;
     hooks.busy = [this] { return io_->busyFor() > Clock::duration::zero(); };
+    hooks.tick = [this] {
+        if (const auto running = stream()) {
+            running->lookAfter();
+        }
+    };
     hooks.askControl = [this] { askControl(); };
     hooks.lost = [this](LossReason reason) { onLost(reason); };
     monitor_ = std::make_unique<LivenessMonitor>(rules_, std::move(parts.probe), std::move(hooks));

@@ -1,5 +1,7 @@
 #include "device/Threads.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 
 #include <pthread.h>
@@ -18,6 +20,12 @@ void raiseThisThread() {
     // A nice value, not a real-time class: a stream that floods the host must not lock its user out.
     constexpr int kNice = -10;
     setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), kNice);
+}
+
+bool descriptorsToSpare() {
+    constexpr std::size_t kSome = 16;
+    const std::array<WakeDescriptor, kSome> tried;
+    return std::all_of(tried.begin(), tried.end(), [](const WakeDescriptor& one) { return one.valid(); });
 }
 
 WakeDescriptor::WakeDescriptor() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}

@@ -15,6 +15,10 @@ void nameThisThread(const char* name);
 // Asks for a better place in the schedule; does nothing where the right to it is missing.
 void raiseThisThread();
 
+// True when the process may have some more descriptors, as many as Aravis and GLib take for a device or a
+// stream: where they can't have one, they end the process.
+bool descriptorsToSpare();
+
 // A descriptor that wakes a poll. Any thread may signal; owned by whoever polls it.
 class WakeDescriptor {
 public:

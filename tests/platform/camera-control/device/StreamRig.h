@@ -62,7 +62,8 @@ protected:
         const auto text = [](const char* name, std::uint64_t value) {
             return std::string(name) + ' ' + std::to_string(value) + ", ";
         };
-        return text("complete", ours.completeFrames) + text("incomplete", ours.incompleteFrames) +
+        return text("buffer size", ours.bufferSize) + text("exchanges", ours.bufferExchanges) +
+               text("complete", ours.completeFrames) + text("incomplete", ours.incompleteFrames) +
                text("unfit", ours.unfitFrames) + text("vanished", ours.vanishedFrames) +
                text("unbuffered", ours.unbufferedFrames) + text("delivered", ours.deliveredFrames) +
                text("received", ours.receivedPackets) + text("late", ours.latePackets) +

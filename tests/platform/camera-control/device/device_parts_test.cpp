@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "Camera/Boundary/OvStatus.h"
+#include "Waiting.h"
 #include "device/AlignedSpan.h"
 #include "device/FrameBuffer.h"
 #include "device/FrameStream.h"
@@ -54,12 +55,30 @@ TEST(MarkedPlacesTest, APlaceSmallerThanTheMarkIsMarkedAsFarAsItGoes) {
     EXPECT_FALSE(std::equal(memory.begin(), memory.end(), std::vector<std::uint8_t>(10, 0).begin()));
 }
 
-TEST(FrameMemoryTest, IsAlignedAndRefusesTheImpossible) {
-    const FrameMemory memory(1001);
-    ASSERT_NE(memory.data(), nullptr);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(memory.data()) % 64, 0U);
+TEST(FrameMemoryTest, IsAlignedAndWholeAndRefusesTheImpossible) {
+    constexpr std::size_t kHuge = std::size_t{2} << 20;
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{1001}, kHuge / 2 - 1,
+                                   kHuge / 2, std::size_t{1920} * 1080, kHuge, kHuge + 1, 5 * kHuge + 4097}) {
+        const FrameMemory memory(size);
+        ASSERT_NE(memory.data(), nullptr) << size;
+        EXPECT_EQ(memory.size(), size);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(memory.data()) % (size < kHuge / 2 ? 4096 : kHuge), 0U)
+            << size;
+        std::memset(memory.data(), 1, size); // to the last byte
+    }
     EXPECT_EQ(FrameMemory(~std::size_t{0}).data(), nullptr);
     EXPECT_EQ(FrameMemory(~std::size_t{0} / 4).data(), nullptr);
+}
+
+TEST(FrameMemoryTest, GoesBackToTheSystem) {
+    constexpr std::size_t kSize = std::size_t{50} << 20;
+    const std::size_t before = kolt::test::residentKilobytes();
+    {
+        const FrameMemory memory(kSize);
+        std::memset(memory.data(), 1, kSize);
+        EXPECT_GT(kolt::test::residentKilobytes(), before + kSize / 1024 / 2);
+    }
+    EXPECT_LT(kolt::test::residentKilobytes(), before + kSize / 1024 / 2);
 }
 
 TEST(AlignedSpanTest, CoversTheWantedBytes) {

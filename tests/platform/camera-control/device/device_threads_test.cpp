@@ -210,6 +210,7 @@ TEST(LivenessMonitorTest, TellsASilentDeviceOnceAndNoneWhileSignsCome) {
     std::atomic<int> asked{0};
     LivenessMonitor::Hooks hooks;
     hooks.busy = [] { return false; };
+    hooks.tick = [] {};
     hooks.askControl = [&] { ++asked; };
     hooks.lost = [&](LossReason reason) {
         EXPECT_EQ(reason, LossReason::silent);
@@ -239,6 +240,7 @@ TEST(LivenessMonitorTest, TellsAReportedLossAtOnceAndNothingWhenMutedOrStopped) 
         std::atomic<int> asked{0};
         LivenessMonitor::Hooks hooks;
         hooks.busy = [] { return false; };
+        hooks.tick = [] {};
         hooks.askControl = [&] { ++asked; };
         hooks.lost = [&](LossReason reason) {
             EXPECT_EQ(reason, LossReason::controlLost);
