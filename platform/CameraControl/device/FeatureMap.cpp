@@ -3,6 +3,7 @@
 #include <exception>
 #include <new>
 #include <string>
+#include <utility>
 
 #include <pugixml.hpp>
 
@@ -14,31 +15,9 @@ namespace kolt::cc {
 
 namespace {
 
-std::uint32_t statusOfException(const std::exception& exception) {
-    using namespace GenICam_3_0;
-    const auto is = [&](auto* kind) { return dynamic_cast<decltype(kind)>(&exception) != nullptr; };
-    if (is(static_cast<const AccessException*>(nullptr))) {
-        return OV_STATUS_GENICAM_ACCESS;
-    }
-    if (is(static_cast<const TimeoutException*>(nullptr))) {
-        return OV_STATUS_GENICAM_TIMEOUT;
-    }
-    if (is(static_cast<const OutOfRangeException*>(nullptr))) {
-        return OV_STATUS_GENICAM_RANGE;
-    }
-    if (is(static_cast<const PropertyException*>(nullptr))) {
-        return OV_STATUS_GENICAM_PROPERTY;
-    }
-    if (is(static_cast<const RuntimeException*>(nullptr))) {
-        return OV_STATUS_GENICAM_RUNTIME;
-    }
-    if (is(static_cast<const LogicalErrorException*>(nullptr))) {
-        return OV_STATUS_GENICAM_LOGICAL;
-    }
-    if (is(static_cast<const std::bad_alloc*>(nullptr))) {
-        return OV_STATUS_RESOURCE;
-    }
-    return OV_STATUS_GENICAM_GENERIC;
+template<class Kind>
+bool is(const std::exception& exception) {
+    return dynamic_cast<const Kind*>(&exception) != nullptr;
 }
 
 class DevicePort final : public GenApi_3_0::IPort {
@@ -72,6 +51,29 @@ private:
 };
 
 } // namespace
+
+std::uint32_t statusOfException(const std::exception& exception) {
+    using namespace GenICam_3_0;
+    using Row = std::pair<bool (*)(const std::exception&), std::uint32_t>;
+    static constexpr Row kRows[] = {
+        {is<InvalidArgumentException>, OV_STATUS_GENICAM_ARGUMENT},
+        {is<OutOfRangeException>, OV_STATUS_GENICAM_RANGE},
+        {is<PropertyException>, OV_STATUS_GENICAM_PROPERTY},
+        {is<RuntimeException>, OV_STATUS_GENICAM_RUNTIME},
+        {is<LogicalErrorException>, OV_STATUS_GENICAM_LOGICAL},
+        {is<AccessException>, OV_STATUS_GENICAM_ACCESS},
+        {is<TimeoutException>, OV_STATUS_GENICAM_TIMEOUT},
+        {is<DynamicCastException>, OV_STATUS_GENICAM_DYNAMIC_CAST},
+        {is<BadAllocException>, OV_STATUS_RESOURCE},
+        {is<std::bad_alloc>, OV_STATUS_RESOURCE},
+    };
+    for (const auto& [matches, status] : kRows) {
+        if (matches(exception)) {
+            return status;
+        }
+    }
+    return OV_STATUS_GENICAM_GENERIC;
+}
 
 bool isWellFormed(const std::vector<std::uint8_t>& xml) {
     pugi::xml_document document;

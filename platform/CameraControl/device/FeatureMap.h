@@ -16,6 +16,10 @@ class TransportDevice;
 // True when the text is well-formed XML as far as its elements go.
 bool isWellFormed(const std::vector<std::uint8_t>& xml);
 
+// One for each class of GenICam exceptions; OV_STATUS_RESOURCE where memory is short,
+// OV_STATUS_GENICAM_GENERIC for all else.
+std::uint32_t statusOfException(const std::exception& exception);
+
 // One thread at a time: the device's. Statuses: OV_STATUS_NOT_SUPPORTED where the camera has no such feature,
 // one of OV_STATUS_GENICAM_* where its description can't be evaluated, else what the device answers.
 class FeatureMap {

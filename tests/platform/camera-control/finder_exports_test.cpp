@@ -46,6 +46,29 @@ TEST(FinderExports, ListAskAndMoveACamera) {
     EXPECT_EQ(OV_GIGE_ForceIp(handle, 0x7F000007), OV_STATUS_INVALID_HANDLE);
 }
 
+TEST(FinderExports, AnAddressThatAnotherCameraHasIsAConflict) {
+    const NetworkNamespace network;
+    const NamespaceScope inside(network);
+    vcam::Config config;
+    config.address = "127.0.0.4";
+    vcam::VirtualCamera camera(config);
+    camera.Start();
+    config.address = "127.0.0.5";
+    vcam::VirtualCamera other(config);
+    other.Start();
+    _OV_CC_DEVICE_INFO_ bare{};
+    bare.nTLayerType = OV_TLAYER_GIGE;
+    bare.transport.gige.currentIp = 0x7F000004;
+    void* handle = nullptr;
+    ASSERT_EQ(OV_CC_CreateHandle(&handle, &bare), OV_STATUS_OK);
+    EXPECT_EQ(OV_GIGE_ForceIp(handle, 0x7F000005), OV_STATUS_IP_CONFLICT);
+    EXPECT_EQ(camera.Address(), "127.0.0.4");
+    EXPECT_EQ(OV_CC_OpenDevice(handle, OV_ACCESS_EXCLUSIVE, 0), OV_STATUS_OK)
+        << "the handle means the same camera";
+    EXPECT_TRUE(camera.IsControlled());
+    EXPECT_EQ(OV_CC_DestroyHandle(handle), OV_STATUS_OK);
+}
+
 TEST(FinderExports, StatisticsFillWhatTheCallerKnows) {
     const NetworkNamespace network;
     const NamespaceScope inside(network);
