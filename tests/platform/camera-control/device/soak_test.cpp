@@ -76,8 +76,8 @@ public:
         if (kMemoryTells) {
             // A session, a thread, an XML or a frame in each round is far more. The slack is that of an
             // arena.
-            EXPECT_LT(heap, 1 + 3000 / between);
-            EXPECT_LT(resident, 2 + 6000 / between);
+            EXPECT_LT(heap, 1 + 8000 / between);
+            EXPECT_LT(resident, 2 + 16000 / between);
         }
     }
 
