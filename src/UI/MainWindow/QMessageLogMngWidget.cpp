@@ -87,7 +87,7 @@ bool QMessageLogMngWidget::InitSignals() {
     if (!function)
         return false;
     return connect(function, &QFunction::SigShowMessage, this,
-                   QOverload<int, QString, QString>::of(&QMessageLogMngWidget::InsertMsgLog),
+                   QOverload<int, const QString&, const QString&>::of(&QMessageLogMngWidget::InsertMsgLog),
                    Qt::QueuedConnection);
 }
 
@@ -97,7 +97,7 @@ void QMessageLogMngWidget::Release() {
     m_records.clear();
 }
 
-void QMessageLogMngWidget::InsertMsgLog(int nMsgLogLevel, QString strSource, QString strMsg) {
+void QMessageLogMngWidget::InsertMsgLog(int nMsgLogLevel, const QString& strSource, const QString& strMsg) {
     InsertMsgLog(MsgLogLevelOf(nMsgLogLevel), strSource, strMsg, true);
 }
 

@@ -39,7 +39,7 @@ public:
     const std::vector<_STRU_MSG_LOG_>& GetRecords() const { return m_records; }
 
 public Q_SLOTS:
-    void InsertMsgLog(int nMsgLogLevel, QString strSource, QString strMsg);
+    void InsertMsgLog(int nMsgLogLevel, const QString& strSource, const QString& strMsg);
     // Sorts by the box's entry of this index. A later event goes at the end again.
     void OnCombSortChanged(int nIndex);
     void OnClearMsgLog();

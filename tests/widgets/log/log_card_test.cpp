@@ -78,7 +78,8 @@ TEST_F(LogCard, TellsLevelsByColourAndIconToo) {
     for (const auto level : {MESSAGE_LOG_MESSAGE, MESSAGE_LOG_CRITICAL, MESSAGE_LOG_WARNING}) {
         Fill(level, "text");
         words.push_back(LevelColour().rgb());
-        strips.push_back(m_card.grab().toImage().pixel(1, 60));
+        // Beside the focus ring.
+        strips.push_back(m_card.grab().toImage().pixel(2, 60));
         icons.push_back(Icon());
         EXPECT_FALSE(icons.back().isNull());
         EXPECT_GE(Look::Contrast(LevelColour(), Look::Colour("surface")), 4.5);
