@@ -222,6 +222,20 @@ TEST(Tone, HueAndSaturationAsColourDifferences) {
     }
 }
 
+TEST(Tone, GreysStayGreyUnderEveryHueAndSaturation) {
+    for (int hue = -180; hue <= 180; hue += 7) {
+        for (const int saturation : {0, 33, 100, 177, 400}) {
+            PictureSettings settings;
+            settings.hueEnable = settings.saturationEnable = true;
+            settings.hue = hue;
+            settings.saturation = saturation;
+            for (const uint8_t v : {1, 20, 100, 235, 255})
+                ASSERT_EQ(ExpectedColour(settings, {v, v, v}), Untouched({v, v, v}))
+                    << hue << ' ' << saturation;
+        }
+    }
+}
+
 TEST(Tone, PositiveHueTurnsRedToYellowAndNegativeToMagenta) {
     PictureSettings settings;
     settings.hueEnable = true;

@@ -170,6 +170,39 @@ TEST(WebScene, StampedFrameEqualsOneThatWasPaintedAnew) {
     }
 }
 
+TEST(WebScene, BinnedLinesFollowOneAnotherToo) {
+    const auto web = Web(640);
+    PictureSettings settings = Lines(640, 60);
+    settings.binningVertical = 2;
+    uint32_t expected = 0;
+    for (uint32_t number = 1; number <= 3; ++number) {
+        const Picture frame = PaintWeb(web, settings, number, 8, number);
+        for (uint32_t y = 0; y < settings.height; ++y, ++expected) {
+            uint32_t pair = 0; // all bits but the last, which is the mean of 0 and 1
+            for (uint32_t bit = 1; bit < 32; ++bit) {
+                const vcam::Rect cell = web->Geometry().CodeCell(bit);
+                pair |= frame[size_t{y} * 640 + cell.x] > 127 ? 1u << (bit - 1) : 0;
+            }
+            ASSERT_EQ(pair, expected) << number << ' ' << y;
+        }
+    }
+}
+
+TEST(WebScene, FramesOfFewLinesAreNotTakenFromTheLastOne) {
+    const auto web = Web(320);
+    for (const uint32_t height : {1u, 2u, 3u}) {
+        PictureSettings settings = Lines(320, height);
+        settings.sharpnessEnable = true;
+        settings.sharpness = 50;
+        vcam::Painter painter(web);
+        Picture frame(vcam::PictureBytes(settings));
+        for (uint32_t number = 1; number <= 4; ++number) {
+            painter.Paint(settings, number % 4, 4, number, frame.data());
+            ASSERT_EQ(frame, PaintWeb(web, settings, number % 4, 4, number)) << height << ' ' << number;
+        }
+    }
+}
+
 TEST(WebScene, FitsEveryWidth) {
     for (const uint32_t width : {64u, 80u, 320u, 640u, 1920u, 2048u, 16384u}) {
         const vcam::WebGeometry geometry(width);
