@@ -176,6 +176,8 @@ int QCamera::SnapRawData(const char* path) {
         return -24;
     if (!HasRoomInOutputFolder())
         return -25;
+    if (!HasSaveBuffer()) // before an empty file is made
+        return -24;
     const QString name = QFile::decodeName(path);
     QFile file(name);
     const bool opened = file.open(QIODevice::WriteOnly);

@@ -32,6 +32,22 @@ void CopySymbol(const GenICam_3_0::gcstring& from, char* to, int length) {
     std::memset(to + used, 0, room - used);
 }
 
+// A limit such as 0.1 is no float: the nearest one lies beyond it and would be refused, although it is what a
+// reader was told as the limit. So a float that is a limit's own rounding stands for that limit.
+void WriteFloat(IFloat& node, float value) {
+    try {
+        node.SetValue(static_cast<double>(value), true);
+    } catch (const GenICam_3_0::OutOfRangeException&) {
+        for (const double limit : {node.GetMax(), node.GetMin()}) {
+            if (NarrowToFloat(limit) == value) {
+                node.SetValue(limit, true);
+                return;
+            }
+        }
+        throw;
+    }
+}
+
 } // namespace
 
 // --- the two roads to a node
@@ -211,8 +227,7 @@ int QCamera::SetIntegerNodePropertyValue(const char* name, long long value) {
 }
 
 int QCamera::SetFloatNodePropertyValue(const char* name, float value) {
-    return WriteNode<IFloat>(name,
-                             [value](IFloat& node) { node.SetValue(static_cast<double>(value), true); });
+    return WriteNode<IFloat>(name, [value](IFloat& node) { WriteFloat(node, value); });
 }
 
 int QCamera::SetEnumerationNodePropertyValue(const char* name, int value) {

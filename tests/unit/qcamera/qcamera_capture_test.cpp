@@ -97,6 +97,7 @@ TEST_F(Capture, WithoutAPathABufferOrAFormat) {
     EXPECT_EQ(Snap(Path("a.bmp"), 0), -24) << "nothing held";
     EXPECT_EQ(camera->SnapRawData(nullptr), -24);
     EXPECT_EQ(camera->SnapRawData(Path("a.raw").toUtf8().constData()), -24) << "no pixel type";
+    EXPECT_FALSE(QFile::exists(Path("a.raw")));
     Hold();
     EXPECT_EQ(camera->SnapPicture(nullptr, 0), -24);
 }

@@ -31,6 +31,28 @@ TEST_F(Nodes, WithoutAConnectionNothingIsRead) {
     EXPECT_EQ(camera->GetCheckPacketSize(), -1);
 }
 
+TEST_F(Nodes, AFloatLimitThatIsNoFloatCanBeReached) {
+    std::string xml = support::CameraXml();
+    const std::string limits = "<Min>10</Min><Max>1000000</Max>";
+    xml.replace(xml.find(limits), limits.size(), "<Min>-0.3</Min><Max>0.1</Max>");
+    Script(xml);
+    Open();
+    const auto exact = [this] {
+        return dynamic_cast<GenApi_3_0::IFloat*>(camera->GetNodeMapRef()->_GetNode("ExposureTime"))
+            ->GetValue();
+    };
+    ASSERT_GT(static_cast<double>(0.1f), 0.1);
+    EXPECT_EQ(camera->SetFloatNodePropertyValue("ExposureTime", 0.1f), 1) << Remark();
+    EXPECT_EQ(exact(), 0.1);
+    EXPECT_EQ(camera->SetFloatNodePropertyValue("ExposureTime", -0.3f), 1) << Remark();
+    EXPECT_EQ(exact(), -0.3);
+    EXPECT_EQ(camera->SetFloatNodePropertyValue("ExposureTime", 0.05f), 1);
+    EXPECT_EQ(exact(), static_cast<double>(0.05f)) << "inside the range nothing is changed";
+    EXPECT_EQ(camera->SetFloatNodePropertyValue("ExposureTime", 0.10001f), 0) << "beyond is beyond";
+    EXPECT_NE(Remark(), "");
+    EXPECT_EQ(exact(), static_cast<double>(0.05f));
+}
+
 TEST_F(Nodes, NullArguments) {
     Open();
     int i = 0;

@@ -440,4 +440,20 @@ TEST_F(Identity, AutomaticTrigger) {
     EXPECT_EQ(Register(reg::TriggerSoftware), 1u);
 }
 
+TEST_F(Identity, TheTriggerThreadFiresUntilItIsStopped) {
+    Open();
+    camera->SetAutoSoftwareTrig(true, 1);
+    std::thread thread(QCamera::AutoSoftwareTrigThread, camera);
+    for (int i = 0; i < 3; ++i) {
+        SetRegister(reg::TriggerSoftware, 0);
+        EXPECT_TRUE(doubles.WaitUntil([&] { return Register(reg::TriggerSoftware) == 1; })) << i;
+    }
+    camera->SetAutoSoftwareTrig(true, 3600000); // the stop ends the hour's wait
+    camera->UnInitialize();
+    thread.join();
+    QCamera::AutoSoftwareTrigThread(camera); // with the flag set it ends at once
+    delete camera;
+    camera = nullptr;
+}
+
 } // namespace
