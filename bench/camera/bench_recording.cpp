@@ -18,6 +18,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <sys/resource.h>
@@ -116,7 +118,25 @@ struct Recording {
     int64_t received = 0;
     int64_t recorded = 0;
     uint64_t overwritten = 0;
+    std::string cpuByThread;
 };
+
+// Milliseconds per frame of the threads that count.
+std::string CpuOfThreads(int frames) {
+    std::string text;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string name;
+        double nanoseconds = 0;
+        std::ifstream(task.path() / "comm") >> name;
+        std::ifstream(task.path() / "schedstat") >> nanoseconds;
+        if (name == "kolt-grab" || name == "kolt-save") {
+            char line[64];
+            std::snprintf(line, sizeof line, "  %s %.2f", name.c_str(), nanoseconds / 1e6 / frames);
+            text += line;
+        }
+    }
+    return text;
+}
 
 // `intervalUs`: time between frames; 1 is as fast as they are copied.
 Recording Record(const std::string& folder, unsigned intervalUs, int frames) {
@@ -142,8 +162,10 @@ Recording Record(const std::string& folder, unsigned intervalUs, int frames) {
     auto* queue = QFrameBufManager::Instance(0, 0).get();
     const std::string path = folder + "/bench_recording.raw";
     camera->StartRecordRawData(path.c_str(), folder.c_str());
-    // The longest time between two calls for a frame, beyond the wait for it, is what stalls the camera.
-    doubles.OnCall("OV_CC_GetOneFrameTimeout", [&recording, last = Clock::time_point{}]() mutable {
+    // The longest time between two calls for a frame, the wait for it included: more than the interval of the
+    // frames means that the camera had to wait.
+    Clock::time_point last{};
+    doubles.OnCall("OV_CC_GetOneFrameTimeout", [&recording, &last] {
         const auto now = Clock::now();
         if (last != Clock::time_point{})
             recording.result.longestMs = std::max(recording.result.longestMs, Seconds(now - last) * 1e3);
@@ -158,6 +180,7 @@ Recording Record(const std::string& folder, unsigned intervalUs, int frames) {
     doubles.SetFreeRun(frame, intervalUs);
     while (camera->GetCounters().recorded < frames)
         SleepEx(2);
+    recording.cpuByThread = CpuOfThreads(frames);
     doubles.StopFreeRun();
     const double seconds = Seconds(Clock::now() - start);
     SleepEx(200);
@@ -194,11 +217,14 @@ int main(int argc, char** argv) {
     QLocalCfg::SetDirectory(QString::fromStdString(folder));
     const std::string path = folder + "/bench_write.raw";
     std::vector<Result> plain, behind, direct, core;
+    std::string cpuByThread;
     for (int round = 0; round < kRounds; ++round) {
         plain.push_back(WriteStraight(path, Method::Plain));
         behind.push_back(WriteStraight(path, Method::WriteBehind));
         direct.push_back(WriteStraight(path, Method::Direct));
-        core.push_back(Record(folder, 1, kFrames).result);
+        const Recording fast = Record(folder, 1, kFrames);
+        core.push_back(fast.result);
+        cpuByThread = fast.cpuByThread;
     }
     const Result medians[] = {Median(plain), Median(behind), Median(direct), Median(core)};
     const double best = std::max(
@@ -210,6 +236,7 @@ int main(int argc, char** argv) {
     Print("write, write-back begun at once, dropped", medians[1], best);
     Print("O_DIRECT", medians[2], best);
     Print("QCamera, as fast as frames come", medians[3], best);
+    std::printf("CPU ms per frame by thread:%s\n", cpuByThread.c_str());
     const double rate = 0.7 * medians[3].megabytesPerSecond;
     const auto interval = static_cast<unsigned>(static_cast<double>(kFrame) / rate);
     const Recording steady = Record(folder, interval, kFrames);

@@ -36,7 +36,7 @@ constexpr uint32_t kSensorWidth = 1920, kSensorHeight = 1080;
 constexpr uint32_t kWidth = 1536, kHeight = 864; // what kolt_live takes on a screen of 1920 x 1080
 constexpr int kMeasuredSeconds = 4;
 // The core's pacer takes a millisecond a second off its interval until the rate is right.
-constexpr int kCoreSettles = 9, kOthersSettle = 2;
+constexpr int kCoreSettles = 13, kOthersSettle = 2;
 
 struct Case {
     const char* name;

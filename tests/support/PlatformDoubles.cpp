@@ -221,7 +221,8 @@ void PlatformDoubles::PushFrame(const DoubleFrame& frame) {
 
 void PlatformDoubles::SetFreeRun(const DoubleFrame& frame, unsigned microseconds) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_freeRun = frame;
+    m_freeRun = std::make_shared<const DoubleFrame>(frame);
+    m_freeRunNext = std::chrono::steady_clock::now();
     m_freeRunMicroseconds = std::max(microseconds, 1u);
     m_changed.notify_all();
 }
@@ -277,22 +278,25 @@ uint32_t DoubleAccess::GetFrame(uint8_t* buffer, uint32_t capacity, _OV_CC_FRAME
     std::unique_lock<std::mutex> lock(d.m_mutex);
     d.m_timeouts.push_back(timeout);
     d.m_capacity = capacity;
-    DoubleFrame frame;
+    std::shared_ptr<const DoubleFrame> taken;
     if (d.m_freeRunMicroseconds && d.m_grabbing) {
-        const auto wait = std::chrono::microseconds(d.m_freeRunMicroseconds);
-        frame = d.m_freeRun;
-        d.m_changed.wait_for(lock, wait, [&d] { return !d.m_grabbing; });
+        d.m_changed.wait_until(lock, d.m_freeRunNext, [&d] { return !d.m_grabbing; });
         if (!d.m_grabbing)
             return OV_STATUS_NO_DATA;
+        d.m_freeRunNext = std::max(d.m_freeRunNext + std::chrono::microseconds(d.m_freeRunMicroseconds),
+                                   std::chrono::steady_clock::now());
+        taken = d.m_freeRun;
     } else {
         d.m_changed.wait_for(lock, std::chrono::milliseconds(timeout), [&d] {
             return !d.m_frames.empty() || !d.m_grabbing || d.m_freeRunMicroseconds;
         });
         if (d.m_frames.empty() || !d.m_grabbing)
             return OV_STATUS_NO_DATA;
-        frame = d.m_frames.front();
+        taken = std::make_shared<const DoubleFrame>(std::move(d.m_frames.front()));
         d.m_frames.pop_front();
     }
+    lock.unlock();
+    const DoubleFrame& frame = *taken;
     if (frame.pixels.size() > capacity)
         return OV_STATUS_BUFFER_FULL;
     std::memcpy(buffer, frame.pixels.data(), frame.pixels.size());

@@ -70,7 +70,7 @@ public:
     // What OV_CC_GetAllMatchInfo tells from now on.
     void SetMatchInfo(const _OV_MATCH_INFO_NET_DETECT_& info);
     void PushFrame(const DoubleFrame& frame);
-    // From now on each wait for a frame gets one of these after `microseconds`.
+    // From now on there is one of these every `microseconds`; none is made up for where nobody waits in time.
     void SetFreeRun(const DoubleFrame& frame, unsigned microseconds);
     void StopFreeRun();
     // Calls the registered exception callback on a thread of its own and waits for it.
@@ -126,8 +126,9 @@ public:
     uint32_t m_forcedIp = 0;
     _OV_MATCH_INFO_NET_DETECT_ m_matchInfo{};
     std::deque<DoubleFrame> m_frames;
-    DoubleFrame m_freeRun;
+    std::shared_ptr<const DoubleFrame> m_freeRun;
     unsigned m_freeRunMicroseconds = 0;
+    std::chrono::steady_clock::time_point m_freeRunNext;
     bool m_grabbing = false;
     OvExceptionCallBack m_exception = nullptr;
     void* m_exceptionUser = nullptr;
