@@ -1,23 +1,27 @@
 // What reaches the screen.
 #include "core/CoreFixture.h"
 
+#include "Common/QLocalCfg.h"
+#include "Picture/PixelFormat.h"
+
+#include <QFile>
+#include <QImage>
+
 #include <cmath>
 #include <ostream>
+
+namespace vcam {
+
+void PrintTo(const PixelFormat& format, std::ostream* out) {
+    *out << format.name;
+}
+
+} // namespace vcam
 
 namespace core {
 namespace {
 
-struct FormatRow {
-    const char* name;
-    uint32_t code;
-    bool colour;
-};
-
-void PrintTo(const FormatRow& row, std::ostream* out) {
-    *out << row.name;
-}
-
-class Picture : public Fixture, public testing::WithParamInterface<FormatRow> {};
+class Picture : public Fixture, public testing::WithParamInterface<vcam::PixelFormat> {};
 
 bool IsNear(uint32_t pixel, const vcam::Patch& patch, bool colour) {
     const int red = static_cast<int>(pixel >> 16 & 255);
@@ -32,11 +36,18 @@ bool IsNear(uint32_t pixel, const vcam::Patch& patch, bool colour) {
 }
 
 // Every patch of known colour stands on the screen where it belongs: sizes, conversion, channel order and
-// drawing in one.
+// drawing in one, for every format that a camera may send.
 TEST_P(Picture, PatchesOnTheScreen) {
-    StartDevice([](vcam::Config& c) { c.pixelFormat = GetParam().code; });
+    const vcam::PixelFormat& format = GetParam();
+    const bool colour = format.layout != vcam::Layout::Mono;
+    StartDevice([&](vcam::Config& c) {
+        c.model = colour ? vcam::Model::Colour : vcam::Model::Mono;
+        c.pixelFormat = format.code;
+    });
     const Window window(640, 480);
     ASSERT_NO_FATAL_FAILURE(Stream());
+    EXPECT_EQ(camera->GetPixelType(), static_cast<OvGvspPixelType>(format.code));
+    EXPECT_GE(camera->GetFrameSize(), format.BytesFor(size_t{640} * 480)) << "a frame has room";
     camera->SetBayerInterpolation(1);
     camera->SetPlayWnd(window.Id());
     ASSERT_TRUE(WaitForDrawn(3));
@@ -45,7 +56,7 @@ TEST_P(Picture, PatchesOnTheScreen) {
     for (const vcam::Patch& patch : patches) {
         const int x = static_cast<int>(patch.x + patch.width / 2);
         const int y = static_cast<int>(patch.y + patch.height / 2);
-        EXPECT_TRUE(WaitUntil([&] { return IsNear(window.Pixel(x, y), patch, GetParam().colour); }))
+        EXPECT_TRUE(WaitUntil([&] { return IsNear(window.Pixel(x, y), patch, colour); }))
             << patch.name << " at " << x << "," << y << " is " << std::hex << window.Pixel(x, y)
             << " and not " << static_cast<int>(patch.red) << " " << static_cast<int>(patch.green) << " "
             << static_cast<int>(patch.blue);
@@ -53,13 +64,37 @@ TEST_P(Picture, PatchesOnTheScreen) {
     EXPECT_EQ(camera->GetCounters().drawsRefused, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, Picture,
-    testing::Values(FormatRow{"Mono8", 0x01080001, false}, FormatRow{"Mono12", 0x01100005, false},
-                    FormatRow{"Mono12Packed", 0x010C0006, false}, FormatRow{"BayerRG8", 0x01080009, true},
-                    FormatRow{"BayerRG12Packed", 0x010C002B, true}, FormatRow{"RGB8", 0x02180014, true},
-                    FormatRow{"UYVY", 0x0210001F, true}, FormatRow{"YUYV", 0x02100032, true}),
-    [](const auto& row) { return std::string(row.param.name); });
+// The snapshot of a frame in any format opens in another program.
+TEST_P(Picture, SnapshotsReadBack) {
+    const vcam::PixelFormat& format = GetParam();
+    const bool colour = format.layout != vcam::Layout::Mono;
+    StartDevice([&](vcam::Config& c) {
+        c.model = colour ? vcam::Model::Colour : vcam::Model::Mono;
+        c.pixelFormat = format.code;
+    });
+    QLocalCfg::Instance()->SetDataOutputFolder(folder.path());
+    QLocalCfg::Instance()->SetImgQuality(100);
+    ASSERT_NO_FATAL_FAILURE(Stream());
+    ASSERT_TRUE(WaitForFrames(2));
+    ASSERT_TRUE(WaitUntil([&] { return camera->SaveCurrentFrame() == 0; }));
+    const QByteArray raw = folder.filePath("a.raw").toUtf8();
+    ASSERT_EQ(camera->SnapRawData(raw.constData()), 0);
+    EXPECT_EQ(QFile(raw).size(), static_cast<qint64>(camera->GetFrameSize()));
+    for (const int type : {0, 1}) {
+        const QByteArray path = folder.filePath(type == 0 ? "a.bmp" : "a.jpg").toUtf8();
+        ASSERT_EQ(camera->SnapPicture(path.constData(), type), 0);
+        const QImage image(QString::fromUtf8(path));
+        ASSERT_EQ(image.size(), QSize(640, 480));
+        for (const vcam::Patch& patch : device->Patches()) {
+            const QRgb pixel = image.pixel(static_cast<int>(patch.x + patch.width / 2),
+                                           static_cast<int>(patch.y + patch.height / 2));
+            EXPECT_TRUE(IsNear(pixel & 0xFFFFFF, patch, colour)) << patch.name << " in " << path.constData();
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Picture, testing::ValuesIn(vcam::PixelFormats()),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 using View = Fixture;
 

@@ -17,9 +17,6 @@ constexpr uint32_t kWidth = 1920, kHeight = 1080;
 constexpr int64_t kFrame = int64_t{kWidth} * kHeight;
 constexpr int64_t kRecordedAtLeast = 100;
 constexpr int kPicturesOfSeries = 10;
-// What may be under way between camera and core when a stream stops: the buffers of the library and the frame
-// that the camera was sending.
-constexpr int64_t kUnderWay = 6 + 2;
 constexpr double kGrowthMiB = 16;
 
 // Without what the allocator only keeps for the next request.
@@ -38,7 +35,6 @@ struct Total {
     int64_t sent = 0;
     int64_t received = 0;
     int64_t libraryLost = 0;
-    int64_t underWay = 0;
     int64_t displayed = 0;
     int64_t redrawn = 0;
     int64_t skipped = 0;
@@ -137,10 +133,23 @@ protected:
     }
 
     void StopAndCheck() {
-        const int64_t lost = LibraryLost();
+        // Waiting for a trigger that does not come the camera sends nothing more, and what it has sent
+        // arrives.
+        ASSERT_EQ(camera->SetEnumerationNodePropertyValue("TriggerMode", 1), 1);
+        int64_t sent = 0, lost = 0;
+        EXPECT_TRUE(WaitUntil([&] {
+            lost = LibraryLost();
+            const int64_t received = camera->GetRecvFrameNum();
+            const vcam::Counters counters = device->GetCounters();
+            sent = static_cast<int64_t>(counters.framesCompleted);
+            return counters.framesStarted == counters.framesCompleted + counters.framesAborted &&
+                   sent - total.sent == received + lost;
+        })) << sent - total.sent
+            << " frames sent, " << camera->GetRecvFrameNum() << " received, " << lost
+            << " lost by the library";
         ASSERT_EQ(camera->StopGettingFrame(), 0);
         ASSERT_TRUE(WaitUntil([&] { return !device->IsStreaming(); }));
-        const auto sent = static_cast<int64_t>(device->GetCounters().framesCompleted);
+        ASSERT_EQ(camera->SetEnumerationNodePropertyValue("TriggerMode", 0), 1);
         _CAMERA_COUNTERS_ c{};
         EXPECT_TRUE(WaitUntil([&] {
             c = camera->GetCounters();
@@ -149,13 +158,9 @@ protected:
             << " received, " << c.displayed << " displayed";
         EXPECT_EQ(c.queued, c.taken + c.overwritten + c.refused + c.cleared + c.unqueued);
         EXPECT_EQ(c.refused + c.unqueued + c.drawsRefused + c.imageFailures, 0);
-        const int64_t underWay = sent - total.sent - c.received - lost;
-        EXPECT_GE(underWay, 0);
-        EXPECT_LE(underWay, kUnderWay);
         total.sent = sent;
         total.received += c.received;
         total.libraryLost += lost;
-        total.underWay += underWay;
         total.displayed += c.displayed;
         total.redrawn += c.redrawn;
         total.skipped += c.skipped;
@@ -193,13 +198,12 @@ TEST_F(Soak, EveryFrameIsAccountedForAndMemoryStaysFlat) {
 #endif
     EXPECT_EQ(owner.messages, 0) << owner.last;
     const _CAMERA_COUNTERS_ c = camera->GetCounters();
-    std::printf(
-        "%d rounds: %lld frames sent = %lld received + %lld lost by the library + %lld under way at a "
-        "stop\nreceived = %lld displayed - %lld redrawn + %lld skipped + %lld undrawn\n",
-        total.rounds, static_cast<long long>(total.sent), static_cast<long long>(total.received),
-        static_cast<long long>(total.libraryLost), static_cast<long long>(total.underWay),
-        static_cast<long long>(total.displayed), static_cast<long long>(total.redrawn),
-        static_cast<long long>(total.skipped), static_cast<long long>(total.undrawn));
+    std::printf("%d rounds: %lld frames sent = %lld received + %lld lost by the library\nreceived = %lld "
+                "displayed - %lld redrawn + %lld skipped + %lld undrawn\n",
+                total.rounds, static_cast<long long>(total.sent), static_cast<long long>(total.received),
+                static_cast<long long>(total.libraryLost), static_cast<long long>(total.displayed),
+                static_cast<long long>(total.redrawn), static_cast<long long>(total.skipped),
+                static_cast<long long>(total.undrawn));
     std::printf(
         "%lld queued = %lld taken + %lld overwritten + %lld cleared; %lld recorded, %lld discarded at a "
         "stop\n%lld pictures of series, %d snapshots; %.1f MiB after two rounds, %.1f at the end\n",
