@@ -48,6 +48,27 @@
     </message>
 </context>
 <context>
+    <name>QAddCameraWidget</name>
+    <message>
+        <source>Add Remote Camera</source>
+        <translation>添加远程相机</translation>
+    </message>
+    <message>
+        <source>Camera IP Address:</source>
+        <translation>相机 IP 地址：</translation>
+    </message>
+    <message>
+        <source>Please make sure the IP address is valid.</source>
+        <translation>请确认 IP 地址有效。</translation>
+    </message>
+    <message>
+        <source>Failed to add the camera. Please make sure the
+camera has been connected to the network.</source>
+        <translation>添加相机失败。请确认
+相机已连接到网络。</translation>
+    </message>
+</context>
+<context>
     <name>QCamera</name>
     <message>
         <source>The GigE driver is enabled.</source>
@@ -68,6 +89,109 @@
     <message>
         <source>Hint</source>
         <translation>提示</translation>
+    </message>
+</context>
+<context>
+    <name>QDevListWidget</name>
+    <message>
+        <source>Model:            </source>
+        <translation>型号：            </translation>
+    </message>
+    <message>
+        <source>Model:           </source>
+        <translation>型号：           </translation>
+    </message>
+    <message>
+        <source>GateWay:           </source>
+        <translation>网关：           </translation>
+    </message>
+    <message>
+        <source>GateWay:            </source>
+        <translation>网关：            </translation>
+    </message>
+    <message>
+        <source>Serial Number:    </source>
+        <translation>序列号：    </translation>
+    </message>
+    <message>
+        <source>Version:               </source>
+        <translation>版本：               </translation>
+    </message>
+    <message>
+        <source>%1[%2]</source>
+        <translation>%1[%2]</translation>
+    </message>
+    <message>
+        <source>%1
+
+MAC:                   %2
+IP Address:          %3
+Subnet Mask:       %4
+Default Gateway:  %5</source>
+        <translation>%1
+
+MAC：             %2
+IP 地址：         %3
+子网掩码：     %4
+默认网关：     %5</translation>
+    </message>
+    <message>
+        <source>IP Address:         </source>
+        <translation>IP 地址：         </translation>
+    </message>
+    <message>
+        <source>Subnet Mask:      </source>
+        <translation>子网掩码：      </translation>
+    </message>
+    <message>
+        <source>MAC:                  </source>
+        <translation>MAC：                  </translation>
+    </message>
+    <message>
+        <source>Vendor:    </source>
+        <translation>厂商：    </translation>
+    </message>
+    <message>
+        <source>Device GUID:     </source>
+        <translation>设备 GUID：     </translation>
+    </message>
+    <message>
+        <source>(Unreachable)</source>
+        <translation>（不可达）</translation>
+    </message>
+    <message>
+        <source>Auto-Refresh</source>
+        <translation>自动刷新</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>删除</translation>
+    </message>
+    <message>
+        <source>Add Remote Camera</source>
+        <translation>添加远程相机</translation>
+    </message>
+    <message>
+        <source>Copy Information</source>
+        <translation>复制信息</translation>
+    </message>
+    <message>
+        <source>Refresh</source>
+        <translation>刷新</translation>
+    </message>
+    <message>
+        <source>Device</source>
+        <translation>设备</translation>
+    </message>
+    <message>
+        <source>Please disconnect the camera before deleting it.</source>
+        <translation>删除前请先断开相机。</translation>
+    </message>
+    <message>
+        <source>Editing IP address failed. The device may be
+in use by others.</source>
+        <translation>修改 IP 地址失败。设备可能
+正被他人使用。</translation>
     </message>
 </context>
 <context>
@@ -97,6 +221,29 @@
     <message>
         <source>Open Directory</source>
         <translation>打开目录</translation>
+    </message>
+</context>
+<context>
+    <name>QForceIPWidget</name>
+    <message>
+        <source>Edit IP Address</source>
+        <translation>修改 IP 地址</translation>
+    </message>
+    <message>
+        <source>Editing IP address to make device reachable.</source>
+        <translation>修改 IP 地址，使设备可达。</translation>
+    </message>
+    <message>
+        <source>IP address:</source>
+        <translation>IP 地址：</translation>
+    </message>
+    <message>
+        <source>Please make sure the IP address is valid.</source>
+        <translation>请确认 IP 地址有效。</translation>
+    </message>
+    <message>
+        <source>The IP address is used by other device.</source>
+        <translation>该 IP 地址已被其他设备使用。</translation>
     </message>
 </context>
 <context>

@@ -13,6 +13,9 @@ public:
     static CCameraRef ByIndex(int index) {
         return CCameraRef(QCameraContainer::Instance()->AcquireCameraByIndex(index));
     }
+    static CCameraRef ByIp(unsigned int ip) {
+        return CCameraRef(QCameraContainer::Instance()->AcquireCameraByIP(ip));
+    }
 
     ~CCameraRef() {
         if (m_pCamera)

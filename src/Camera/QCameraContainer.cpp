@@ -78,10 +78,22 @@ QCamera* QCameraContainer::AcquireCameraByIndex(int index) {
     return camera;
 }
 
+QCamera* QCameraContainer::AcquireCameraByIP(unsigned int ip) {
+    const CMutexLocker lock(&m_mutex);
+    QCamera* camera = FindByIP(ip);
+    if (camera)
+        camera->AddRef();
+    return camera;
+}
+
 QCamera* QCameraContainer::GetCameraByIP(unsigned int ip) {
+    const CMutexLocker lock(&m_mutex);
+    return FindByIP(ip);
+}
+
+QCamera* QCameraContainer::FindByIP(unsigned int ip) const {
     if (ip == 0)
         return nullptr;
-    const CMutexLocker lock(&m_mutex);
     const auto found =
         std::find_if(m_cameras.begin(), m_cameras.end(), [ip](QCamera* c) { return c->GetIP() == ip; });
     return found == m_cameras.end() ? nullptr : *found;

@@ -28,6 +28,7 @@ public:
     // (CCameraRef does).
     QCamera* AcquireCamera(long id);
     QCamera* AcquireCameraByIndex(int index);
+    QCamera* AcquireCameraByIP(unsigned int ip);
 
     // The current camera's id, -1 for none.
     void SetCurrentCameraID(long id);
@@ -43,6 +44,7 @@ private:
     // Under m_mutex.
     QCamera* Find(long id) const;
     QCamera* FindByIndex(int index) const;
+    QCamera* FindByIP(unsigned int ip) const;
 
     std::vector<QCamera*> m_cameras; // in order of addition; guarded by m_mutex
     QMutex m_mutex;                  // taken alone; held while a reference is released
