@@ -1,33 +1,13 @@
 #include "DeviceListFixture.h"
 
-#include "UI/Controls/Look.h"
-
 #include <QApplication>
 
 namespace devices {
 
-bool WaitFor(const std::function<bool()>& condition) {
-    return QTest::qWaitFor(condition, kPatienceMs);
-}
-
-QString PicturePath(const QString& name) {
-    const QString folder = qEnvironmentVariable("KOLT_TEST_OUT", ".");
-    QDir().mkpath(folder);
-    return folder + "/" + name;
-}
-
-void KeepPicture(QWidget& window, const QString& name) {
-    EXPECT_TRUE(window.grab().save(PicturePath(name))) << PicturePath(name).toStdString();
-}
-
 void WidgetFixture::SetUp() {
     ASSERT_TRUE(folder.isValid());
     QLocalCfg::SetDirectory(folder.path());
-    static const bool looks = [] {
-        Look::Apply(*qApp);
-        return true;
-    }();
-    ASSERT_TRUE(looks);
+    ApplyLook();
     QFunction::SetMessagePresenter(
         [this](QWidget*, const QString& message, const QString& detail, const QString&, int kind) {
             m_messages.push_back(QString("%1|%2|%3").arg(message, detail).arg(kind).toStdString());
@@ -89,14 +69,7 @@ void DeviceListFixture::Round(const std::vector<_OV_CC_DEVICE_INFO_>& there) {
 }
 
 std::vector<std::string> DeviceListFixture::Tree() const {
-    std::vector<std::string> lines;
-    for (QTreeWidgetItemIterator item(tree()); *item; ++item) {
-        std::string indent;
-        for (const QTreeWidgetItem* above = (*item)->parent(); above; above = above->parent())
-            indent += "  ";
-        lines.push_back(indent + (*item)->text(0).toStdString());
-    }
-    return lines;
+    return TreeLines(tree());
 }
 
 QTreeWidgetItem* DeviceListFixture::Item(const std::string& text) const {

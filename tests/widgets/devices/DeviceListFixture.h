@@ -6,6 +6,7 @@
 #include "Common/QLocalCfg.h"
 #include "DeviceRecords.h"
 #include "UI/MainWindow/QDevListWidget.h"
+#include "WidgetHelp.h"
 #include "support/PlatformDoubles.h"
 
 #include <QDir>
@@ -24,38 +25,6 @@
 #include <vector>
 
 namespace devices {
-
-constexpr int kPatienceMs = 20000;
-
-// Handles events until it is true; false after kPatienceMs.
-bool WaitFor(const std::function<bool()>& condition);
-
-// The folder for pictures that are kept.
-QString PicturePath(const QString& name);
-void KeepPicture(QWidget& window, const QString& name);
-
-// Once a modal dialog of this class is open, `use` is called with it; it must close it.
-template<typename Dialog>
-class DialogWatch {
-public:
-    explicit DialogWatch(std::function<void(Dialog&)> use) : m_use(std::move(use)) {
-        m_timer.callOnTimeout([this] {
-            auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-            if (!dialog || !dialog->isVisible() || m_seen > 0)
-                return;
-            ++m_seen;
-            m_timer.stop();
-            m_use(*dialog);
-        });
-        m_timer.start(5);
-    }
-    int Seen() const { return m_seen; }
-
-private:
-    std::function<void(Dialog&)> m_use;
-    QTimer m_timer;
-    int m_seen = 0;
-};
 
 // Settings in a folder of their own, messages written down, cameras and doubles put back at the end.
 class WidgetFixture : public testing::Test {
