@@ -20,7 +20,7 @@ LivenessProbe::LivenessProbe(std::uint32_t cameraIp, std::uint32_t localIp, std:
 
 void LivenessProbe::send() {
     requestId_ = requestId_ == 0xFFFF ? 1 : static_cast<std::uint16_t>(requestId_ + 1);
-    const Datagram command = discoveryCommand(requestId_);
+    const Datagram command = discoveryCommand(requestId_, false);
     // A send that fails (no route at the moment, interface down) is a probe without an answer.
     socket_.send(command.data(), command.size(), cameraIp_, port_, localIp_);
 }

@@ -63,7 +63,7 @@ std::uint16_t GvcpClient::nextRequestId() {
 std::uint32_t GvcpClient::discover(DiscoveryAnswer& answer) {
     const std::uint16_t id = nextRequestId();
     Acknowledge ack;
-    const std::uint32_t status = request(discoveryCommand(id), {gvcp::Command::discovery, id}, ack);
+    const std::uint32_t status = request(discoveryCommand(id, false), {gvcp::Command::discovery, id}, ack);
     if (status == OV_STATUS_OK)
         answer = parseDiscoveryPayload(ack.payload);
     return status;

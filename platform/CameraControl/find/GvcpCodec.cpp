@@ -50,8 +50,9 @@ bool lengthFits(const Expectation& expected, const Acknowledge& ack) {
 
 } // namespace
 
-Datagram discoveryCommand(std::uint16_t requestId) {
-    return command(Command::discovery, kAckRequired | kAllowBroadcastAck, requestId, 0);
+Datagram discoveryCommand(std::uint16_t requestId, bool broadcastAnswer) {
+    const std::uint8_t flags = broadcastAnswer ? kAckRequired | kAllowBroadcastAck : kAckRequired;
+    return command(Command::discovery, flags, requestId, 0);
 }
 
 Datagram forceIpCommand(std::uint16_t requestId, const ForceIpRequest& request) {

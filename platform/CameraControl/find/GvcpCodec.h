@@ -82,7 +82,9 @@ struct ForceIpRequest {
 };
 
 // Commands. A request id of 0 is not allowed on the wire; the caller never passes it.
-Datagram discoveryCommand(std::uint16_t requestId);
+// A camera of a foreign subnet may answer a discovery by broadcast, which no router lets through: only
+// whoever asks a whole network, and not one camera, allows that.
+Datagram discoveryCommand(std::uint16_t requestId, bool broadcastAnswer = true);
 Datagram forceIpCommand(std::uint16_t requestId, const ForceIpRequest& request);
 Datagram readRegisterCommand(std::uint16_t requestId, std::uint32_t address);
 Datagram writeRegisterCommand(std::uint16_t requestId, std::uint32_t address, std::uint32_t value);

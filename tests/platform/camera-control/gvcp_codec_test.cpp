@@ -15,6 +15,7 @@ using Command = gvcp::Command;
 
 TEST(GvcpCommand, DiscoveryAsksForAnAnswerAndAllowsItByBroadcast) {
     EXPECT_EQ(discoveryCommand(0x1234), (Bytes{0x42, 0x11, 0x00, 0x02, 0x00, 0x00, 0x12, 0x34}));
+    EXPECT_EQ(discoveryCommand(0x1234, false), (Bytes{0x42, 0x01, 0x00, 0x02, 0x00, 0x00, 0x12, 0x34}));
 }
 
 TEST(GvcpCommand, ForceIpCarriesMacAddressMaskAndGatewayAtTheirOffsets) {
