@@ -56,7 +56,7 @@ bool IsAbleAddress(const QVector<_HOST_IP_INFO_STRU>& hosts, uint32_t ip) {
 }
 
 QDeviceDetectThread::QDeviceDetectThread(QObject* parent) : QThread(parent) {
-    setObjectName("DeviceDetect"); // the thread's name
+    setObjectName("kolt-detect"); // the thread's name
 }
 
 QDeviceDetectThread::~QDeviceDetectThread() {

@@ -10,7 +10,7 @@ constexpr int kAnswerMs = 100;
 } // namespace
 
 QPingThread::QPingThread(QObject* parent) : QThread(parent) {
-    setObjectName("Ping"); // the thread's name
+    setObjectName("kolt-ping"); // the thread's name
 }
 
 QPingThread::~QPingThread() {

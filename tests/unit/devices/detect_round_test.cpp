@@ -268,7 +268,7 @@ TEST_F(Detect, TheThreadHasAName) {
     char name[32] = {};
     doubles.OnCall("OV_CC_EnumDevices", [&name] { pthread_getname_np(pthread_self(), name, sizeof name); });
     Round({});
-    EXPECT_STREQ(name, "DeviceDetect");
+    EXPECT_STREQ(name, "kolt-detect");
 }
 
 // The main thread deletes cameras while rounds find them again: a round may end early (error 1), and nothing

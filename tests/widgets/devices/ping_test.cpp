@@ -93,7 +93,7 @@ TEST_F(Ping, TheThreadTellsItsEnd) {
         return WaitFor([&ended] { return ended.count() == 1; }) && thread.wait(kPatienceMs) &&
                thread.GetPingResult();
     }));
-    EXPECT_STREQ(name, "Ping");
+    EXPECT_STREQ(name, "kolt-ping");
 }
 
 TEST_F(Ping, ASecondPingMeanwhileEndsAtOnce) {
