@@ -16,7 +16,7 @@ QString LabelOf(const QString& user, const QString& maker, const QString& model,
 }
 
 QString UserNameOrModel(const _OV_CC_GIGE_DEVICE_INFO_& gige) {
-    const QString user = RecordText(gige.userDefinedName);
+    QString user = RecordText(gige.userDefinedName);
     if (!user.isEmpty())
         return user;
     return QString("%1 %2").arg(RecordText(gige.manufacturerName), RecordText(gige.modelName));
