@@ -2,28 +2,11 @@
 
 #include "Network/GvcpServer.h"
 
-#include <map>
 #include <stdexcept>
-#include <tuple>
 
 namespace vcam {
 
 namespace {
-
-// Cameras that look at the same scene share it: it is big, and never changes.
-std::shared_ptr<const Scene> SharedScene(const Config& config) {
-    using Key = std::tuple<uint32_t, uint32_t, std::string>;
-    static std::mutex mutex; // guards the map
-    static std::map<Key, std::weak_ptr<const Scene>> scenes;
-    const Key key{config.sensorWidth, config.sensorHeight, config.serial};
-    const std::lock_guard<std::mutex> lock(mutex);
-    std::shared_ptr<const Scene> scene = scenes[key].lock();
-    if (!scene) {
-        scene = std::make_shared<AreaScene>(config.sensorWidth, config.sensorHeight, config.serial);
-        scenes[key] = scene;
-    }
-    return scene;
-}
 
 Site MakeSite(const Config& config) {
     Site site;
@@ -59,7 +42,7 @@ class VirtualCamera::Impl {
 public:
     Impl(const Config& config, std::shared_ptr<Flash> flash)
         : model(config, faults, counters, std::move(flash))
-        , stream(model, faults, counters, SharedScene(config))
+        , stream(model, faults, counters, model.LookedAt())
         , server(model, stream, faults, counters) {
         model.Attach(&stream, [this] { server.Wake(); });
         faults.Set(config.faults);

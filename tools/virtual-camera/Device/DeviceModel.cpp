@@ -53,7 +53,6 @@ DeviceModel::DeviceModel(const Config& config, FaultPanel& faults, CounterBoard&
     , m_faults(faults)
     , m_counters(counters)
     , m_flash(std::move(flash))
-    , m_geometry(config.sensorWidth, config.sensorHeight)
     , m_started(Clock::now()) {
     CheckConfig(config);
     if (m_config.modelName.empty())

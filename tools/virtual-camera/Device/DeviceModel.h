@@ -9,6 +9,7 @@
 #include "Device/Flash.h"
 #include "Device/ModelTraits.h"
 #include "Picture/Painter.h"
+#include "Picture/SceneMeasure.h"
 
 #include <atomic>
 #include <map>
@@ -103,6 +104,8 @@ public:
     Bytes DiscoveryRecord();
     void SetNetwork(uint32_t address, uint32_t mask, uint32_t gateway);
     const std::array<uint8_t, 6>& Mac() const { return m_mac; }
+    // What the camera looks at; made at the first call.
+    std::shared_ptr<const Scene> LookedAt() const;
     std::vector<Patch> Patches() const;
     // A software trigger.
     void SoftwareTrigger();
@@ -171,6 +174,7 @@ private:
     double Real(uint32_t address, double fallback) const;
     bool On(uint32_t address) const { return Word(address, 0) != 0; }
 
+    SceneMeans Measure(uint32_t usage) const;
     bool StepBrightness(bool exposing, bool amplifying);
     bool StepWhiteBalance();
     void EndOnce(uint32_t automatic, bool stepped);
@@ -195,7 +199,16 @@ private:
 
     void LoadUserSet(uint32_t set);
     void SaveUserSet(uint32_t set);
+    struct FileOrder {
+        uint32_t file = 0, mode = 0, offset = 0, length = 0;
+        uint32_t moved = 0; // bytes
+    };
     void FileOperation();
+    bool OpenFileNow(FileOrder& order);
+    bool CloseFile(FileOrder& order);
+    bool ReadFile(FileOrder& order);
+    bool WriteFile(FileOrder& order);
+    bool DeleteFile(FileOrder& order);
     void ReadFlash();
     void KeepNetwork();
 
@@ -208,7 +221,6 @@ private:
     std::function<void()> m_wake;
     std::atomic<bool> m_resetRequested{false};
     RegisterMemory m_memory;
-    SceneGeometry m_geometry;
     std::array<uint8_t, 6> m_mac{};
     std::string m_xml;
     std::vector<uint32_t> m_settings;            // registers that user sets keep
@@ -217,7 +229,8 @@ private:
     Clock::time_point m_started;
     std::atomic<int64_t> m_tickZero{0}; // nanoseconds of Clock at which the ticks are 0
 
-    mutable std::mutex m_mutex;                    // guards all below
+    mutable std::mutex m_mutex; // guards all below
+    mutable std::shared_ptr<const Scene> m_scene;
     std::shared_ptr<const LookupTable> m_lookup;   // what the registers of the table hold
     uint32_t m_lineLevels = 0;                     // electrical, of all lines
     std::optional<Clock::time_point> m_pulseBegan; // of a frame trigger that lasts as long as the exposure

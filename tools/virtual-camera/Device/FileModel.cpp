@@ -105,67 +105,78 @@ void DeviceModel::DefineFileAccess(FeatureBuilder& build) {
 }
 
 void DeviceModel::FileOperation() {
-    const uint32_t file = m_memory.Get32(kFileSelector);
-    const uint32_t operation = m_memory.Get32(kFileOperationSelector);
-    const uint32_t offset = m_memory.Get32(kFileAccessOffset);
-    const uint32_t length = m_memory.Get32(kFileAccessLength);
-    bool done = false;
-    uint32_t moved = 0;
+    FileOrder order;
+    order.file = m_memory.Get32(kFileSelector);
+    order.mode = m_memory.Get32(kFileOpenMode);
+    order.offset = m_memory.Get32(kFileAccessOffset);
+    order.length = m_memory.Get32(kFileAccessLength);
+    using Step = bool (DeviceModel::*)(FileOrder&);
+    static constexpr Step kSteps[] = {&DeviceModel::OpenFileNow, &DeviceModel::CloseFile,
+                                      &DeviceModel::ReadFile, &DeviceModel::WriteFile,
+                                      &DeviceModel::DeleteFile};
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto open = m_openFiles.find(file);
-    const bool isOpen = open != m_openFiles.end();
-    switch (operation) {
-    case Open: {
-        const uint32_t mode = m_memory.Get32(kFileOpenMode);
-        const FlashContent flash = m_flash->Get();
-        const auto kept = flash.files.find(file);
-        const bool exists = kept != flash.files.end();
-        done = !isOpen && (mode == ForReading ? exists : file < kUserFiles);
-        if (done) {
-            m_openFiles[file] = {mode, exists && mode != ForWriting ? kept->second : Bytes()};
-            m_memory.Set32(kFileAccessOffset, 0);
-        }
-        break;
-    }
-    case Close:
-        done = isOpen;
-        if (done && open->second.mode != ForReading)
-            m_flash->Update([&](FlashContent& flash) { flash.files[file] = open->second.content; });
-        if (done)
-            m_openFiles.erase(open);
-        break;
-    case Read:
-        done = isOpen && open->second.mode != ForWriting && offset <= open->second.content.size();
-        if (done) {
-            const Bytes& content = open->second.content;
-            moved = std::min(length, static_cast<uint32_t>(content.size() - offset));
-            Bytes buffer(kFileAccessBufferLength);
-            std::copy_n(content.begin() + offset, moved, buffer.begin());
-            m_memory.Replace(kFileAccessBuffer, std::move(buffer));
-        }
-        break;
-    case Write:
-        done = isOpen && open->second.mode != ForReading && offset <= open->second.content.size() &&
-               offset + length <= kMostFileBytes;
-        if (done) {
-            Bytes& content = open->second.content;
-            const Bytes buffer = m_memory.GetBytes(kFileAccessBuffer);
-            content.resize(std::max<size_t>(content.size(), offset + length));
-            std::copy_n(buffer.begin(), length, content.begin() + offset);
-            moved = length;
-        }
-        break;
-    case Delete:
-        done = !isOpen && file < kUserFiles;
-        m_flash->Update([&](FlashContent& flash) { done = done && flash.files.erase(file) != 0; });
-        break;
-    default:
-        break;
-    }
-    if (moved > 0)
-        m_memory.Set32(kFileAccessOffset, offset + moved);
+    const bool done = (this->*kSteps[m_memory.Get32(kFileOperationSelector)])(order);
+    m_memory.Set32(kFileAccessOffset, order.offset + order.moved);
     m_memory.Set32(kFileOperationStatus, done ? kDone : kFailed);
-    m_memory.Set32(kFileOperationResult, moved);
+    m_memory.Set32(kFileOperationResult, order.moved);
+}
+
+// All below: under the mutex. False when it can't be done.
+
+bool DeviceModel::OpenFileNow(FileOrder& order) {
+    const FlashContent flash = m_flash->Get();
+    const auto kept = flash.files.find(order.file);
+    const bool exists = kept != flash.files.end();
+    const bool allowed = order.mode == ForReading ? exists : order.file < kUserFiles;
+    if (m_openFiles.count(order.file) != 0 || !allowed)
+        return false;
+    m_openFiles[order.file] = {order.mode, exists && order.mode != ForWriting ? kept->second : Bytes()};
+    order.offset = 0;
+    return true;
+}
+
+bool DeviceModel::CloseFile(FileOrder& order) {
+    const auto open = m_openFiles.find(order.file);
+    if (open == m_openFiles.end())
+        return false;
+    if (open->second.mode != ForReading)
+        m_flash->Update([&](FlashContent& flash) { flash.files[order.file] = open->second.content; });
+    m_openFiles.erase(open);
+    return true;
+}
+
+bool DeviceModel::ReadFile(FileOrder& order) {
+    const auto open = m_openFiles.find(order.file);
+    if (open == m_openFiles.end() || open->second.mode == ForWriting ||
+        order.offset > open->second.content.size())
+        return false;
+    const Bytes& content = open->second.content;
+    order.moved = std::min(order.length, static_cast<uint32_t>(content.size() - order.offset));
+    Bytes buffer(kFileAccessBufferLength);
+    std::copy_n(content.begin() + order.offset, order.moved, buffer.begin());
+    m_memory.Replace(kFileAccessBuffer, std::move(buffer));
+    return true;
+}
+
+bool DeviceModel::WriteFile(FileOrder& order) {
+    const auto open = m_openFiles.find(order.file);
+    if (open == m_openFiles.end() || open->second.mode == ForReading ||
+        order.offset > open->second.content.size() || order.offset + order.length > kMostFileBytes)
+        return false;
+    Bytes& content = open->second.content;
+    const Bytes buffer = m_memory.GetBytes(kFileAccessBuffer);
+    content.resize(std::max<size_t>(content.size(), order.offset + order.length));
+    std::copy_n(buffer.begin(), order.length, content.begin() + order.offset);
+    order.moved = order.length;
+    return true;
+}
+
+bool DeviceModel::DeleteFile(FileOrder& order) {
+    if (m_openFiles.count(order.file) != 0 || order.file >= kUserFiles)
+        return false;
+    bool there = false;
+    m_flash->Update([&](FlashContent& flash) { there = flash.files.erase(order.file) != 0; });
+    return there;
 }
 
 } // namespace vcam

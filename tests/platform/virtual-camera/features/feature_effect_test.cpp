@@ -177,12 +177,57 @@ TEST_F(Features, AutomaticFunctionsArriveAndOnceEnds) {
     EXPECT_GT(frames, 2) << "not at a blow";
     EXPECT_LT(frames, 100);
     EXPECT_NEAR(rig.Real("ExposureTime"), 4000, 100);
-    EXPECT_NEAR(double(rig.Int("BalanceRatio")), 1024, 20);
+    // Grey world: by the gains all three means are alike.
+    const vcam::SceneMeans means =
+        vcam::MeasureScene(*rig.model.LookedAt(), rig.Picture(), {0, 0, 1920, 1080}, vcam::Moment());
+    const auto balanced = [&](int colour, double mean) {
+        rig.Set("BalanceRatioSelector", colour);
+        return mean * double(rig.Int("BalanceRatio")) / 1024;
+    };
+    const double green = balanced(1, means.green);
+    EXPECT_NEAR(balanced(0, means.red), green, green * 0.02);
+    EXPECT_NEAR(balanced(2, means.blue), green, green * 0.02);
     EXPECT_EQ(rig.Text("ExposureAuto"), "Off");
     EXPECT_EQ(rig.Text("BalanceWhiteAuto"), "Off");
     rig.SetText("ExposureAuto", "Continuous");
     EXPECT_FALSE(rig.model.StepAutomatics());
     EXPECT_EQ(rig.Text("ExposureAuto"), "Continuous") << "goes on looking";
+}
+
+// The scene is brighter in some places than in others; each area asks for an exposure of its own.
+TEST_F(Features, AutomaticExposureLooksAtTheAreaMarkedForIt) {
+    const std::vector<vcam::ScenePatch> patches = rig.model.LookedAt()->Patches();
+    const auto exposureFor = [&](const std::string& name) {
+        const auto patch = std::find_if(patches.begin(), patches.end(),
+                                        [&](const vcam::ScenePatch& each) { return each.name == name; });
+        rig.Set("AutoFunctionAOIOffsetX", 0);
+        rig.Set("AutoFunctionAOIOffsetY", 0);
+        rig.Set("AutoFunctionAOIWidth", patch->place.width / 8 * 4);
+        rig.Set("AutoFunctionAOIHeight", patch->place.height / 8 * 4);
+        rig.Set("AutoFunctionAOIOffsetX", (patch->place.x + 3) / 4 * 4);
+        rig.Set("AutoFunctionAOIOffsetY", (patch->place.y + 3) / 4 * 4);
+        rig.SetText("ExposureAuto", "Continuous");
+        for (int frame = 0; frame < 100 && rig.model.StepAutomatics(); ++frame) {
+        }
+        rig.SetText("ExposureAuto", "Off");
+        return rig.Real("ExposureTime");
+    };
+    const double white = exposureFor("white");
+    const double blue = exposureFor("blue");
+    EXPECT_GT(blue, 3 * white);
+    rig.Set("AutoFunctionAOIUsageIntensity", 0);
+    EXPECT_NEAR(exposureFor("blue"), 4000, 100) << "without a mark the whole picture counts";
+}
+
+TEST_F(Features, AutomaticGainTakesOverWhereTheExposureEnds) {
+    rig.SetReal("AcquisitionFrameRate", 1000); // at most 1 ms
+    rig.SetText("ExposureAuto", "Once");
+    rig.SetText("GainAuto", "Once");
+    for (int frame = 0; frame < 100 && rig.model.StepAutomatics(); ++frame) {
+    }
+    EXPECT_NEAR(rig.Real("ExposureTime"), 1000, 1);
+    EXPECT_NEAR(rig.Real("Gain"), 12.04, 0.3) << "four times the light";
+    EXPECT_EQ(rig.Text("GainAuto"), "Off");
 }
 
 TEST_F(Features, LinesZeroAndOneAreInputsForGood) {
