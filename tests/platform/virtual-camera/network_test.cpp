@@ -1,4 +1,6 @@
 // The camera on a network of its own: broadcasts, foreign subnets, and an address that really changes.
+#include "Device/FeatureRegisters.h"
+#include "Device/ModelTraits.h"
 #include "VirtualCamera.h"
 #include "arv_client.h"
 #include "raw_client.h"
@@ -23,7 +25,8 @@ protected:
     ~VirtualCameraOnANetwork() override {
         field.call([this] { cameras.clear(); });
     }
-    VirtualCamera& Add(const std::string& address, const std::string& mask) {
+    VirtualCamera& Add(const std::string& address, const std::string& mask,
+                       vcam::Model model = vcam::Model::Colour) {
         Config config;
         config.interface = "cam0";
         config.address = address;
@@ -32,6 +35,8 @@ protected:
         config.serial = "N" + std::to_string(cameras.size());
         config.sensorWidth = 320;
         config.sensorHeight = 240;
+        config.rebootMs = 300;
+        config.model = model;
         cameras.push_back(std::make_unique<VirtualCamera>(config));
         field.call([this] { cameras.back()->Start(); });
         return *cameras.back();
@@ -147,6 +152,26 @@ TEST_F(VirtualCameraOnANetwork, ForceIpWithinTheSubnetMovesToo) {
     EXPECT_EQ(camera.Address(), "192.168.77.21");
 }
 
+// What a person does who gives a camera an address for good: configure it, reset it, find it there.
+TEST_F(VirtualCameraOnANetwork, PersistentAddressIsTakenUpByAReset) {
+    VirtualCamera& camera = Add("192.168.77.30", "255.255.255.0");
+    host.call([&] {
+        RawClient client("192.168.77.30");
+        ASSERT_EQ(client.TakeControl(), kOk);
+        ASSERT_EQ(client.Write(0x064C, Ip("192.168.77.31")), kOk);
+        ASSERT_EQ(client.Write(0x065C, Ip("255.255.255.0")), kOk);
+        ASSERT_EQ(client.Write(0x0014, 1), kOk);
+        ASSERT_EQ(client.Write(vcam::feature::kDeviceReset, 1), kOk);
+        RawClient moved("192.168.77.31");
+        ASSERT_TRUE(Eventually([&] { return moved.Ask(0x0002, {}, 0x11, milliseconds(100)).Came(); }));
+        EXPECT_EQ(moved.Read(0x0024), Ip("192.168.77.31"));
+    });
+    EXPECT_EQ(camera.Address(), "192.168.77.31");
+    const std::string addresses = AddressesOf(field, "cam0");
+    EXPECT_NE(addresses.find("192.168.77.31/24"), std::string::npos) << addresses;
+    EXPECT_EQ(addresses.find("192.168.77.30"), std::string::npos) << addresses;
+}
+
 TEST_F(VirtualCameraOnANetwork, AnAddressThatWasThereBeforeStays) {
     field.ip("address add 192.168.77.40/24 broadcast + dev cam0");
     Add("192.168.77.40", "");
@@ -184,6 +209,25 @@ TEST_F(VirtualCameraOnANetwork, AravisToolListsReadsAndWrites) {
     EXPECT_NE(xml.output.find("</RegisterDescription>"), std::string::npos);
     const Finished network = run({"arv-tool-0.8", "-a", "192.168.77.20", "network", "mode"});
     EXPECT_NE(network.output.find("Mode: DHCP"), std::string::npos) << network.output;
+}
+
+TEST_F(VirtualCameraOnANetwork, AravisToolReadsEveryModel) {
+    for (const vcam::ModelTraits& traits : vcam::kModels) {
+        const std::string address = "192.168.77." + std::to_string(40 + static_cast<int>(traits.model));
+        Add(address, "255.255.255.0", traits.model);
+        const NamespaceScope scope(host);
+        for (const char* what : {"features", "values"}) {
+            const Finished list = run({"arv-tool-0.8", "-a", address, what});
+            EXPECT_EQ(list.exitCode, 0) << traits.option;
+            EXPECT_NE(list.output.find("Width"), std::string::npos) << traits.option;
+            EXPECT_EQ(list.output.find("CRITICAL"), std::string::npos) << list.output;
+            EXPECT_EQ(list.output.find("WARNING"), std::string::npos) << list.output;
+            EXPECT_EQ(list.output.find("rror"), std::string::npos) << list.output;
+        }
+        const Finished type = run({"arv-tool-0.8", "-a", address, "control", "DeviceScanType"});
+        EXPECT_NE(type.output.find(traits.lineScan ? "Linescan" : "Areascan"), std::string::npos)
+            << type.output;
+    }
 }
 
 } // namespace

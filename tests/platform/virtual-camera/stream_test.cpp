@@ -1,5 +1,6 @@
 // The camera as an Aravis client sees it: features, streams in all formats, losses with and without resend,
 // chunks.
+#include "Picture/WebScene.h"
 #include "VirtualCamera.h"
 #include "arv_client.h"
 #include "eventually.h"
@@ -10,6 +11,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -185,6 +187,134 @@ TEST(VirtualCameraWithAravis, AutomaticGainMakesUpForAShortExposure) {
         c.Next();
         return std::abs(c.GetFloat("Gain") - 12.0412) < 0.2;
     }));
+}
+
+TEST(VirtualCameraWithAravis, CompressedPicturesArrive) {
+    Rig rig(SmallCamera(0));
+    ArvClient& c = *rig.client;
+    size_t sizes[2] = {};
+    for (const int good : {0, 1}) {
+        c.SetText("ImageCompressionMode", "JPEG");
+        c.SetInt("ImageCompressionQuality", good == 1 ? 95 : 30);
+        c.StartStream();
+        for (int i = 0; i < 3; ++i) {
+            const ArvFrame frame = c.Next();
+            ASSERT_EQ(frame.status, ARV_BUFFER_STATUS_SUCCESS);
+            const size_t end = frame.pixels.size();
+            ASSERT_GT(end, 1000u);
+            EXPECT_EQ(frame.pixels[0] << 8 | frame.pixels[1], 0xFFD8) << "start of image";
+            EXPECT_EQ(frame.pixels[end - 2] << 8 | frame.pixels[end - 1], 0xFFD9) << "end of image";
+            sizes[good] = end;
+        }
+        c.StopStream();
+    }
+    EXPECT_LT(sizes[0] * 2, sizes[1]) << "quality costs";
+    EXPECT_LT(sizes[1], kWidth * kHeight);
+    c.SetText("ImageCompressionMode", "Off");
+    c.StartStream();
+    EXPECT_EQ(c.Next().pixels.size(), kWidth * kHeight);
+}
+
+uint8_t GreyOf(const vcam::VirtualCamera& camera, const ArvFrame& frame) {
+    const vcam::Patch grey = camera.Patches().back();
+    return frame.pixels.at((grey.y + grey.height / 2) * frame.width + grey.x + grey.width / 2);
+}
+
+TEST(VirtualCameraWithAravis, HdrSetsTakeTurns) {
+    Rig rig(SmallCamera(0));
+    ArvClient& c = *rig.client;
+    const int shutters[] = {500, 1000, 2000, 4000};
+    for (int set = 0; set < 4; ++set) {
+        c.SetInt("HDRSelector", set);
+        c.SetInt("HDRShutter", shutters[set]);
+    }
+    c.SetBool("HDREnable", true);
+    c.StartStream();
+    for (int i = 0; i < 12; ++i) {
+        const ArvFrame frame = c.Next();
+        ASSERT_EQ(frame.status, ARV_BUFFER_STATUS_SUCCESS);
+        const auto set = static_cast<size_t>((frame.id - 1) % 4);
+        EXPECT_NEAR(GreyOf(rig.camera, frame), 100 * shutters[set] / 4000, 2) << frame.id;
+    }
+}
+
+TEST(VirtualCameraWithAravis, FactsStandInTheFirstPixels) {
+    Rig rig(SmallCamera(0));
+    ArvClient& c = *rig.client;
+    c.SetInt("FrameSpecInfo_Reg", 0x1E4); // exposure, frame number, trigger count, lines, region
+    c.SetInt("Width", 160);
+    c.SetInt("OffsetX", 16);
+    c.SetText("TriggerMode", "On");
+    c.SetText("TriggerSource", "Line1");
+    c.SetFloat("ExposureTime", 1500);
+    c.StartStream();
+    rig.camera.SetLine(2, true);
+    for (uint32_t number = 1; number <= 3; ++number) {
+        rig.camera.FireLine(1);
+        const ArvFrame frame = c.Next();
+        ASSERT_EQ(frame.status, ARV_BUFFER_STATUS_SUCCESS);
+        const auto word = [&frame](size_t at) {
+            const uint8_t* p = frame.pixels.data() + at;
+            return uint32_t{p[0]} | uint32_t{p[1]} << 8 | uint32_t{p[2]} << 16 | uint32_t{p[3]} << 24;
+        };
+        EXPECT_EQ(word(0), 1500u) << "exposure";
+        EXPECT_EQ(word(4), number);
+        EXPECT_EQ(word(8), number) << "triggers";
+        EXPECT_EQ(word(12) & 0xFF, 4u) << "Line2 is high";
+        EXPECT_EQ(word(16), 16u | 1) << "offset x with the mark of the first form";
+        EXPECT_EQ(word(20), 160u | 240u << 16);
+    }
+}
+
+TEST(VirtualCameraWithAravis, LineScanFramesFollowOneAnotherLineByLine) {
+    vcam::Config config = SmallCamera(0);
+    config.model = vcam::Model::LineScan;
+    config.sensorWidth = 640;
+    Rig rig(config);
+    ArvClient& c = *rig.client;
+    c.SetInt("Height", 100);
+    c.StartStream();
+    uint32_t next = 0;
+    for (int i = 0; i < 3; ++i) {
+        const ArvFrame frame = c.Next();
+        ASSERT_EQ(frame.status, ARV_BUFFER_STATUS_SUCCESS);
+        ASSERT_EQ(frame.height, 100u);
+        for (uint32_t y = 0; y < frame.height; ++y, ++next) {
+            uint32_t line = 0;
+            ASSERT_TRUE(
+                vcam::ReadLineNumber(frame.pixels.data() + size_t{y} * frame.width, frame.width, line))
+                << y;
+            EXPECT_EQ(line, next);
+        }
+    }
+}
+
+// The exposure that a pulse takes shows in the frame, and lies between what passed at the least and at the
+// most.
+TEST(VirtualCameraWithAravis, PulseAtALineIsTheExposure) {
+    Rig rig(SmallCamera(0));
+    ArvClient& c = *rig.client;
+    c.SetText("TriggerMode", "On");
+    c.SetText("TriggerSource", "Line0");
+    c.SetText("ExposureMode", "TriggerWidth");
+    c.SetInt("FrameSpecInfo_Reg", 4);
+    c.StartStream();
+    using Clock = std::chrono::steady_clock;
+    const auto micros = [](Clock::duration time) {
+        return std::chrono::duration<double, std::micro>(time).count();
+    };
+    const Clock::time_point before = Clock::now();
+    rig.camera.SetLine(0, true);
+    const Clock::time_point high = Clock::now();
+    std::this_thread::sleep_until(high + std::chrono::milliseconds(5));
+    const Clock::time_point stillHigh = Clock::now();
+    rig.camera.SetLine(0, false);
+    const Clock::time_point after = Clock::now();
+    const ArvFrame frame = c.Next();
+    ASSERT_EQ(frame.status, ARV_BUFFER_STATUS_SUCCESS);
+    const double exposure = frame.pixels[0] | frame.pixels[1] << 8 | frame.pixels[2] << 16;
+    EXPECT_GE(exposure, micros(stillHigh - high) - 1);
+    EXPECT_LE(exposure, micros(after - before) + 1);
 }
 
 // The frames that an Aravis client failed to complete are those that the camera's books say.

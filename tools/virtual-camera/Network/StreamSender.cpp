@@ -17,6 +17,8 @@ constexpr size_t kRingBytes = size_t{64} << 20;
 constexpr size_t kLeastRing = 4;
 constexpr size_t kMostRing = 32;
 constexpr size_t kMostResends = 4096;
+constexpr uint32_t kMono8 = 0x01080001;
+constexpr uint32_t kRgb8 = 0x02180014;
 constexpr auto kSilentNap = std::chrono::milliseconds(10);
 } // namespace
 
@@ -276,23 +278,41 @@ PictureSettings StreamSender::PictureOfFrame(const StreamSettings& settings, con
 }
 
 // Paints the picture, or renews what changes from frame to frame in one that was painted before.
-void StreamSender::Fill(Slot& slot, const PictureSettings& picture, const StreamSettings& settings,
-                        uint32_t triggers) {
+void StreamSender::Paint(Slot& slot, const PictureSettings& picture, Bytes& to) {
     const auto phases = static_cast<uint32_t>(m_ring.size());
     const auto phase = static_cast<uint32_t>(m_nextSlot);
     const auto number = static_cast<uint32_t>(m_frameIndex + 1);
-    slot.data.resize(PictureBytes(picture));
-    if (slot.painted == picture && slot.paintedPhases == phases)
-        m_painter.Stamp(picture, phase, phases, number, slot.data.data());
+    const size_t bytes = PictureBytes(picture);
+    const bool painted = slot.painted == picture && slot.paintedPhases == phases && to.size() >= bytes;
+    to.resize(bytes);
+    if (painted)
+        m_painter.Stamp(picture, phase, phases, number, to.data());
     else
-        m_painter.Paint(picture, phase, phases, number, slot.data.data());
+        m_painter.Paint(picture, phase, phases, number, to.data());
     slot.painted = picture;
     slot.paintedPhases = phases;
+}
+
+void StreamSender::Fill(Slot& slot, const PictureSettings& picture, const StreamSettings& settings,
+                        uint32_t triggers) {
+    if (settings.jpegQuality > 0) {
+        PictureSettings plain = picture;
+        const bool colour = FindPixelFormat(picture.pixelFormat)->layout != Layout::Mono;
+        plain.pixelFormat = colour ? kRgb8 : kMono8;
+        Paint(slot, plain, slot.pixels);
+        slot.data = m_jpeg.Encode(slot.pixels, plain.width, plain.height, colour, settings.jpegQuality);
+        return;
+    }
+    if (!slot.pixels.empty()) { // the data are of a compressed picture
+        slot.pixels = {};
+        slot.painted = {};
+    }
+    Paint(slot, picture, slot.data);
     if (picture.embedded == 0)
         return;
     FrameFacts facts;
     facts.timestamp = slot.description.timestamp;
-    facts.number = number;
+    facts.number = static_cast<uint32_t>(m_frameIndex + 1);
     facts.triggers = triggers;
     facts.inputs = settings.lineInputs;
     facts.outputs = settings.lineOutputs;

@@ -5,6 +5,7 @@
 #define VCAM_NETWORK_STREAMSENDER_H
 
 #include "Device/DeviceModel.h"
+#include "Network/JpegEncoder.h"
 #include "Network/Pacing.h"
 #include "Network/PacketBatch.h"
 #include "Network/Socket.h"
@@ -44,6 +45,7 @@ public:
 private:
     struct Slot { // one frame of the ring
         Bytes data;
+        Bytes pixels; // of a picture that is compressed: the data are made of them
         PictureSettings painted;
         uint32_t paintedPhases = 0;
         FrameDescription description;
@@ -68,6 +70,7 @@ private:
     void EndFrame();
     Slot& PrepareSlot(const StreamSettings& settings, const Faults& faults, uint32_t triggers);
     PictureSettings PictureOfFrame(const StreamSettings& settings, const Faults& faults) const;
+    void Paint(Slot& slot, const PictureSettings& picture, Bytes& to);
     void Fill(Slot& slot, const PictureSettings& picture, const StreamSettings& settings, uint32_t triggers);
     void AppendChunks(Slot& slot, const StreamSettings& settings);
     void SendFrame(Slot& slot, const StreamSettings& settings);
@@ -110,6 +113,7 @@ private:
     // The thread's own.
     std::string m_interface;
     Painter m_painter;
+    JpegEncoder m_jpeg;
     Descriptor m_socket;
     Peer m_connected;
     bool m_connectedWhole = false; // with "do not fragment"

@@ -1,0 +1,31 @@
+#include "Network/JpegEncoder.h"
+
+#include <stdexcept>
+#include <turbojpeg.h>
+
+namespace vcam {
+
+void JpegEncoder::Destroy::operator()(void* handle) const {
+    tjDestroy(handle);
+}
+
+Bytes JpegEncoder::Encode(const Bytes& pixels, uint32_t width, uint32_t height, bool colour, int quality) {
+    const size_t expected = size_t{width} * height * (colour ? 3 : 1);
+    if (pixels.size() < expected)
+        throw std::runtime_error("a picture to compress is too short");
+    if (!m_handle)
+        m_handle.reset(tjInitCompress());
+    const int sampling = colour ? TJSAMP_422 : TJSAMP_GRAY;
+    Bytes jpeg(tjBufSize(static_cast<int>(width), static_cast<int>(height), sampling));
+    unsigned char* to = jpeg.data();
+    unsigned long length = jpeg.size();
+    const int failed =
+        tjCompress2(m_handle.get(), pixels.data(), static_cast<int>(width), 0, static_cast<int>(height),
+                    colour ? TJPF_RGB : TJPF_GRAY, &to, &length, sampling, quality, TJFLAG_NOREALLOC);
+    if (failed != 0)
+        throw std::runtime_error(tjGetErrorStr2(m_handle.get()));
+    jpeg.resize(length);
+    return jpeg;
+}
+
+} // namespace vcam
