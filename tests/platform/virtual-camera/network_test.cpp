@@ -222,7 +222,7 @@ TEST_F(VirtualCameraOnANetwork, AravisToolReadsEveryModel) {
             EXPECT_NE(list.output.find("Width"), std::string::npos) << traits.option;
             EXPECT_EQ(list.output.find("CRITICAL"), std::string::npos) << list.output;
             EXPECT_EQ(list.output.find("WARNING"), std::string::npos) << list.output;
-            EXPECT_EQ(list.output.find("rror"), std::string::npos) << list.output;
+            EXPECT_EQ(list.output.find("rror:"), std::string::npos) << list.output;
         }
         const Finished type = run({"arv-tool-0.8", "-a", address, "control", "DeviceScanType"});
         EXPECT_NE(type.output.find(traits.lineScan ? "Linescan" : "Areascan"), std::string::npos)

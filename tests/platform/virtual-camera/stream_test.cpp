@@ -213,6 +213,16 @@ TEST(VirtualCameraWithAravis, CompressedPicturesArrive) {
     c.SetText("ImageCompressionMode", "Off");
     c.StartStream();
     EXPECT_EQ(c.Next().pixels.size(), kWidth * kHeight);
+    c.StopStream();
+    // A picture so small that its JPEG is longer than itself still fits into PayloadSize.
+    c.SetText("ImageCompressionMode", "JPEG");
+    c.SetInt("ImageCompressionQuality", 100);
+    c.SetInt("Width", 16);
+    c.SetInt("Height", 16);
+    c.StartStream();
+    const ArvFrame tiny = c.Next();
+    EXPECT_EQ(tiny.status, ARV_BUFFER_STATUS_SUCCESS);
+    EXPECT_GT(tiny.pixels.size(), 16u * 16);
 }
 
 uint8_t GreyOf(const vcam::VirtualCamera& camera, const ArvFrame& frame) {

@@ -76,7 +76,9 @@ struct NetworkStart {
     uint32_t gateway = 0;
 };
 
-// Bytes of a frame by these settings, chunks included.
+// Whether the pixel format carries colours, a mosaic's included; compressed pictures are RGB then.
+bool IsColour(const PictureSettings& settings);
+// The most bytes that a frame by these settings can have, chunks included.
 size_t PayloadBytes(const StreamSettings& settings);
 
 class DeviceModel {

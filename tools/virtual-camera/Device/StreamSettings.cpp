@@ -2,6 +2,7 @@
 #include "Device/BootstrapRegisters.h"
 #include "Device/DeviceModel.h"
 #include "Device/FeatureRegisters.h"
+#include "Device/JpegEncoder.h"
 #include "Protocol/GvspCodec.h"
 
 #include <algorithm>
@@ -19,8 +20,17 @@ constexpr double kNominalLineExposure = 20.0; // a line is exposed with more lig
 
 } // namespace
 
+bool IsColour(const PictureSettings& settings) {
+    const PixelFormat* format = FindPixelFormat(settings.pixelFormat);
+    return format != nullptr && format->layout != Layout::Mono;
+}
+
 size_t PayloadBytes(const StreamSettings& settings) {
     size_t bytes = PictureBytes(settings.picture);
+    if (settings.jpegQuality > 0) { // a small picture can become longer than it was
+        const PictureSettings& picture = settings.picture;
+        bytes = std::max(bytes, JpegEncoder::Bound(picture.width, picture.height, IsColour(picture)));
+    }
     if (settings.chunkMode) {
         bytes += 8; // id and length of the picture's own chunk
         for (uint32_t chunk = 0; chunk < kChunkCount; ++chunk)

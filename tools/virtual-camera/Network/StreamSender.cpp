@@ -297,7 +297,7 @@ void StreamSender::Fill(Slot& slot, const PictureSettings& picture, const Stream
                         uint32_t triggers) {
     if (settings.jpegQuality > 0) {
         PictureSettings plain = picture;
-        const bool colour = FindPixelFormat(picture.pixelFormat)->layout != Layout::Mono;
+        const bool colour = IsColour(picture);
         plain.pixelFormat = colour ? kRgb8 : kMono8;
         Paint(slot, plain, slot.pixels);
         slot.data = m_jpeg.Encode(slot.pixels, plain.width, plain.height, colour, settings.jpegQuality);

@@ -5,7 +5,7 @@
 #define VCAM_NETWORK_STREAMSENDER_H
 
 #include "Device/DeviceModel.h"
-#include "Network/JpegEncoder.h"
+#include "Device/JpegEncoder.h"
 #include "Network/Pacing.h"
 #include "Network/PacketBatch.h"
 #include "Network/Socket.h"
