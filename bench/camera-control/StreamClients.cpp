@@ -159,8 +159,10 @@ StreamResult runAravis(const StreamTask& task, bool copy) {
     ArvStream* stream = arv_device_create_stream(device, nullptr, nullptr, &error);
     checked(error, "arv_device_create_stream");
     if (!task.packetSocket) {
-        // With the kernel's default buffer it loses most frames, and there would be nothing to compare.
-        g_object_set(stream, "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_AUTO, nullptr);
+        // As much as the library asks for. With the kernel's default, and with the size of one frame that
+        // Aravis chooses by itself, it loses frames, and there would be nothing to compare.
+        g_object_set(stream, "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
+                     8 << 20, nullptr);
     }
     const auto payload =
         static_cast<std::size_t>(arv_device_get_integer_feature_value(device, "PayloadSize", &error));

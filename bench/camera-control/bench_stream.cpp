@@ -21,6 +21,7 @@
 #include "StreamClients.h"
 #include "VirtualCamera.h"
 #include "support/ChildProcess.h"
+#include "support/LoopbackAddress.h"
 
 namespace {
 
@@ -28,7 +29,6 @@ using namespace kolt::bench;
 using kolt::test::ChildProcess;
 
 constexpr int kRounds = 5;
-constexpr const char* kAddress = "127.0.0.93";
 const std::array<const char*, 3> kClients = {"library", "aravis", "aravis+copy"};
 
 struct Row {
@@ -52,9 +52,9 @@ void dropCapabilities() {
     }
 }
 
-int runCamera(double frameRate, std::uint32_t linkMbps) {
+int runCamera(const std::string& address, double frameRate, std::uint32_t linkMbps) {
     vcam::Config config;
-    config.address = kAddress;
+    config.address = address;
     config.frameRate = frameRate > 0 ? frameRate : 30;
     config.unpaced = frameRate <= 0;
     config.linkSpeedMbps = linkMbps;
@@ -71,12 +71,13 @@ int runCamera(double frameRate, std::uint32_t linkMbps) {
     return 0;
 }
 
-int runClient(const std::string& name, std::uint32_t packetSize, bool privileged, double seconds) {
+int runClient(const std::string& name, const std::string& address, std::uint32_t packetSize, bool privileged,
+              double seconds) {
     if (!privileged) {
         dropCapabilities();
     }
     StreamTask task;
-    task.address = kAddress;
+    task.address = address;
     task.packetSize = packetSize;
     task.seconds = seconds;
     const StreamResult result = name == kClients[0] ? runLibrary(task) : runAravis(task, name == kClients[2]);
@@ -87,8 +88,8 @@ int runClient(const std::string& name, std::uint32_t packetSize, bool privileged
 }
 
 StreamResult measure(const char* client, const Row& row, bool privileged, const std::string& seconds) {
-    ChildProcess child({"/proc/self/exe", "--client", client, std::to_string(row.packetSize),
-                        privileged ? "1" : "0", seconds});
+    ChildProcess child({"/proc/self/exe", "--client", client, kolt::test::LoopbackAddress(0),
+                        std::to_string(row.packetSize), privileged ? "1" : "0", seconds});
     const auto code = child.waitForExit(std::chrono::seconds(30));
     const std::size_t at = child.output().rfind("result ");
     StreamResult result;
@@ -129,8 +130,8 @@ double cpuPerFrame(const StreamResult& result) {
 }
 
 void compare(const Row& row, bool privileged, const std::string& seconds) {
-    ChildProcess camera(
-        {"/proc/self/exe", "--camera", std::to_string(row.frameRate), std::to_string(row.linkMbps)});
+    ChildProcess camera({"/proc/self/exe", "--camera", kolt::test::LoopbackAddress(0),
+                         std::to_string(row.frameRate), std::to_string(row.linkMbps)});
     if (!camera.waitForOutput("camera ready", std::chrono::seconds(20))) {
         std::fprintf(stderr, "no camera: %s\n", camera.output().c_str());
         std::exit(1);
@@ -171,12 +172,13 @@ int usage() {
 
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
-    if (arguments.size() == 3 && arguments[0] == "--camera") {
-        return runCamera(std::stod(arguments[1]), static_cast<std::uint32_t>(std::stoul(arguments[2])));
+    if (arguments.size() == 4 && arguments[0] == "--camera") {
+        return runCamera(arguments[1], std::stod(arguments[2]),
+                         static_cast<std::uint32_t>(std::stoul(arguments[3])));
     }
-    if (arguments.size() == 5 && arguments[0] == "--client") {
-        return runClient(arguments[1], static_cast<std::uint32_t>(std::stoul(arguments[2])),
-                         arguments[3] == "1", std::stod(arguments[4]));
+    if (arguments.size() == 6 && arguments[0] == "--client") {
+        return runClient(arguments[1], arguments[2], static_cast<std::uint32_t>(std::stoul(arguments[3])),
+                         arguments[4] == "1", std::stod(arguments[5]));
     }
     if (!arguments.empty() && arguments[0].front() == '-') {
         return usage();
