@@ -1,13 +1,16 @@
 // The I/O queue, the reaper, the dispatcher of messages and the judgement of life, with scripted work.
 #include <atomic>
+#include <functional>
 #include <future>
 #include <memory>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <poll.h>
 
 #include "Camera/Boundary/OvCameraControl.h"
+#include "ScriptedCamera.h"
 #include "Waiting.h"
 #include "device/ExceptionDispatcher.h"
 #include "device/IoQueue.h"
@@ -201,6 +204,71 @@ TEST(LivenessJudgeTest, ThreeSilentIntervalsAreDeathAndEightWhileBusy) {
     EXPECT_TRUE(judge.intervalPassed(false, false)) << "the access has ended, and still nothing was heard";
     // The slowest case (a probe was just answered) stays below two seconds.
     EXPECT_LT((rules.missesWhileBusy + 1) * rules.interval, milliseconds(1900));
+}
+
+TEST(LivenessProbeTest, OnlyAnAnswerOfTheCameraIsASignOfLife) {
+    using test::Bytes;
+    constexpr std::uint16_t kDiscoveryAck = 0x0003;
+    const auto good = [](const Bytes& request) {
+        return test::acknowledge(0, kDiscoveryAck, test::discoveryPayload({}), test::word16(request, 6));
+    };
+    struct Row {
+        const char* name;
+        std::function<std::vector<Bytes>(const Bytes&)> answers;
+        bool foreignPort;
+        bool alive;
+    };
+    const std::vector<Row> rows{
+        {"an answer", [&](const Bytes& request) { return std::vector<Bytes>{good(request)}; }, false, true},
+        {"an answer to an earlier question",
+         [&](const Bytes&) {
+             return std::vector<Bytes>{test::acknowledge(0, kDiscoveryAck, test::discoveryPayload({}), 999)};
+         },
+         false, true},
+        {"a refusal",
+         [&](const Bytes& request) {
+             return std::vector<Bytes>{
+                 test::acknowledge(0x8001, kDiscoveryAck, {}, test::word16(request, 6))};
+         },
+         false, true},
+        {"cut before the header ends",
+         [](const Bytes&) {
+             return std::vector<Bytes>{{0, 0, 0, 3, 0}};
+         },
+         false, false},
+        {"empty", [](const Bytes&) { return std::vector<Bytes>{{}}; }, false, false},
+        {"another acknowledge",
+         [](const Bytes& request) {
+             return std::vector<Bytes>{test::acknowledge(0, 0x0081, {0, 0, 0, 0}, test::word16(request, 6))};
+         },
+         false, false},
+        {"its own question back", [](const Bytes& request) { return std::vector<Bytes>{request}; }, false,
+         false},
+        {"far too long", [](const Bytes&) { return std::vector<Bytes>{Bytes(9000, 0xFF)}; }, false, false},
+        {"an answer from another port",
+         [&](const Bytes& request) { return std::vector<Bytes>{good(request)}; }, true, false},
+        {"an answer behind a flood",
+         [&](const Bytes& request) {
+             std::vector<Bytes> flood(200, Bytes{1, 2, 3});
+             flood.push_back(good(request));
+             return flood;
+         },
+         false, true},
+    };
+    for (const Row& row : rows) {
+        test::ScriptedCamera camera("127.0.0.1", 0, row.answers);
+        camera.answerFromForeignPort(row.foreignPort);
+        LivenessProbe probe(0x7F00'0001, 0x7F00'0001, camera.port());
+        ASSERT_TRUE(probe.usable());
+        probe.send();
+        pollfd readable{probe.descriptor(), POLLIN, 0};
+        ASSERT_EQ(poll(&readable, 1, 20000), 1) << row.name;
+        if (row.alive) {
+            EXPECT_TRUE(eventually([&] { return probe.receive(); })) << row.name;
+        } else {
+            EXPECT_FALSE(probe.receive()) << row.name;
+        }
+    }
 }
 
 TEST(LivenessMonitorTest, TellsASilentDeviceOnceAndNoneWhileSignsCome) {
