@@ -24,6 +24,9 @@ void freeLossCallback(gpointer user, GClosure*) {
 
 AravisBase::AravisBase(GObjectPtr<ArvDevice> device, const Logger& log, std::function<void()> controlLost)
     : device_(std::move(device)), log_(log), features_(*this, xml_) {
+    if (!controlLost) {
+        return;
+    }
     // The closure owns the callback, so a signal that is under way while the handler is taken away still
     // finds it.
     lossHandler_ =
@@ -32,7 +35,9 @@ AravisBase::AravisBase(GObjectPtr<ArvDevice> device, const Logger& log, std::fun
 }
 
 AravisBase::~AravisBase() {
-    g_signal_handler_disconnect(device_.get(), lossHandler_);
+    if (lossHandler_ != 0) {
+        g_signal_handler_disconnect(device_.get(), lossHandler_);
+    }
 }
 
 std::uint32_t AravisBase::readMemory(std::uint64_t address, std::uint8_t* destination, std::size_t length) {

@@ -32,6 +32,7 @@ public:
     const std::vector<std::uint8_t>& xml() const override { return xml_; }
 
 protected:
+    // Without controlLost Aravis is not asked to tell.
     AravisBase(GObjectPtr<ArvDevice> device, const Logger& log, std::function<void()> controlLost);
 
     // Before and after the making of Aravis' stream.

@@ -15,8 +15,8 @@ namespace kolt::cc {
 struct OpenRequest {
     _OV_CC_DEVICE_INFO_ device{};
     Logger log;
-    // Aravis has found that control is lost. On a thread of Aravis; may come before the opening returns, and
-    // never after the device is destroyed.
+    // Aravis has found that a USB device is lost. On a thread of Aravis; may come before the opening returns,
+    // and never after the device is destroyed.
     std::function<void()> controlLost;
 };
 

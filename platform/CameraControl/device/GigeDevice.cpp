@@ -115,7 +115,10 @@ std::unique_ptr<GigeDevice> GigeDevice::open(const OpenRequest& request, std::ui
         status = status == OV_STATUS_NETWORK ? OV_STATUS_BUSY : status;
         return nullptr;
     }
-    std::unique_ptr<GigeDevice> device(new GigeDevice(std::move(arv), request.log, request.controlLost));
+    // Aravis' own word of a loss is not asked for: it comes seconds after that of LivenessMonitor, and while
+    // its heartbeat thread says it, that thread holds a reference to the device. Were it the last one, the
+    // thread would wait for its own end, and GLib end the process.
+    std::unique_ptr<GigeDevice> device(new GigeDevice(std::move(arv), request.log, {}));
     device->registerAccess_ = wantsRegisterAccess({reinterpret_cast<const char*>(xml.data()), xml.size()});
     device->bigEndian_ = (answer.deviceMode & 0x8000'0000u) != 0;
     device->takeXml(std::move(xml));
