@@ -95,27 +95,27 @@ camera has been connected to the network.</source>
     <name>QDevListWidget</name>
     <message>
         <source>Model:            </source>
-        <translation>型号：            </translation>
+        <translation>型号：                </translation>
     </message>
     <message>
         <source>Model:           </source>
-        <translation>型号：           </translation>
+        <translation>型号：                </translation>
     </message>
     <message>
         <source>GateWay:           </source>
-        <translation>网关：           </translation>
+        <translation>网关：                </translation>
     </message>
     <message>
         <source>GateWay:            </source>
-        <translation>网关：            </translation>
+        <translation>网关：                </translation>
     </message>
     <message>
         <source>Serial Number:    </source>
-        <translation>序列号：    </translation>
+        <translation>序列号：             </translation>
     </message>
     <message>
         <source>Version:               </source>
-        <translation>版本：               </translation>
+        <translation>版本：                </translation>
     </message>
     <message>
         <source>%1[%2]</source>
@@ -130,30 +130,30 @@ Subnet Mask:       %4
 Default Gateway:  %5</source>
         <translation>%1
 
-MAC：             %2
-IP 地址：         %3
+MAC：           %2
+IP 地址：        %3
 子网掩码：     %4
 默认网关：     %5</translation>
     </message>
     <message>
         <source>IP Address:         </source>
-        <translation>IP 地址：         </translation>
+        <translation>IP 地址：            </translation>
     </message>
     <message>
         <source>Subnet Mask:      </source>
-        <translation>子网掩码：      </translation>
+        <translation>子网掩码：         </translation>
     </message>
     <message>
         <source>MAC:                  </source>
-        <translation>MAC：                  </translation>
+        <translation>MAC：               </translation>
     </message>
     <message>
         <source>Vendor:    </source>
-        <translation>厂商：    </translation>
+        <translation>厂商：                </translation>
     </message>
     <message>
         <source>Device GUID:     </source>
-        <translation>设备 GUID：     </translation>
+        <translation>设备 GUID：      </translation>
     </message>
     <message>
         <source>(Unreachable)</source>
