@@ -90,7 +90,8 @@ void Apply(QApplication& application) {
     ApplyFonts(application);
     // One base style everywhere, whatever the desktop prefers.
     QApplication::setStyle(new CKoltStyle);
-    QApplication::setPalette(MakePalette());
+    // The application owns its style.
+    QApplication::setPalette(MakePalette()); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
     application.setStyleSheet(StyleSheet());
     RegisterMessagePresenter();
 }

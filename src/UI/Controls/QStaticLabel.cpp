@@ -12,7 +12,7 @@ QStaticLabel::QStaticLabel(QWidget* parent) : QStaticLabel(QString(), parent) {}
 QStaticLabel::QStaticLabel(const QString& text, QWidget* parent) : QLabel(text, parent) {}
 
 bool QStaticLabel::IsElidable() const {
-    if (wordWrap() || pixmap(Qt::ReturnByValue).isNull() == false || text().contains('\n'))
+    if (wordWrap() || !pixmap(Qt::ReturnByValue).isNull() || text().contains('\n'))
         return false;
     return textFormat() == Qt::PlainText || (textFormat() == Qt::AutoText && !Qt::mightBeRichText(text()));
 }

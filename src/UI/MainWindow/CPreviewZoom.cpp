@@ -291,5 +291,5 @@ std::optional<CPreviewZoom::Pixel> CPreviewZoom::PixelAt(int x, int y) const {
 std::optional<int> CPreviewZoom::Percent() const {
     if (m_scaled.x <= 0 || m_raw.x <= 0)
         return std::nullopt;
-    return static_cast<int>(static_cast<double>(m_scaled.x) / m_raw.x * 100 + 0.5);
+    return static_cast<int>(std::lround(static_cast<double>(m_scaled.x) / m_raw.x * 100));
 }

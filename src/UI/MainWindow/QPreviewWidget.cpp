@@ -192,8 +192,8 @@ void QPreviewWidget::FrameSizeChanged(int nWidth, int nHeight, void* user) {
 
 void QPreviewWidget::SetRawVideoSize(int nWidth, int nHeight) {
     if (QThread::currentThread() != thread()) {
-        QMetaObject::invokeMethod(
-            this, [this, nWidth, nHeight] { SetRawVideoSize(nWidth, nHeight); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, "SetRawVideoSize", Qt::QueuedConnection, Q_ARG(int, nWidth),
+                                  Q_ARG(int, nHeight));
         return;
     }
     if (!m_bRendering)

@@ -39,7 +39,7 @@ public:
     // After a quarter turn of the picture.
     void OnDisplayZoomToFitByRotate();
     // Of a frame that has come, in pixels. Any thread: another one than the main thread hands it over.
-    void SetRawVideoSize(int nWidth, int nHeight);
+    Q_INVOKABLE void SetRawVideoSize(int nWidth, int nHeight);
     void GetDisplayRect(tagVRRectF& source, tagVRRectF& destination) const;
     // The window that is drawn into.
     QWidget* GetDisplayWnd() const { return m_pDisplayWnd; }

@@ -50,7 +50,7 @@ public:
 public Q_SLOTS:
     void OnPreviewWidgetMouseMove(QPoint pt);
     void OnPreviewWidgetFullScreen(bool bFullScreen);
-    void OnPreviewWidgetZoomInfo(QString strInfo);
+    void OnPreviewWidgetZoomInfo(const QString& strInfo);
     void OnTimerUpdateFrameInfo();
     void OnFrameSizeChanged(int nWidth, int nHeight);
     void OnTimerUpdateMousePos() {} // deliberate: its timer is never started

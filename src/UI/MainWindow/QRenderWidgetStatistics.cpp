@@ -88,7 +88,7 @@ void QRenderWidget::OnFrameSizeChanged(int nWidth, int nHeight) {
     m_pStatusBar->SetImageSize(tr("Resolution: %1 * %2").arg(nWidth).arg(nHeight));
 }
 
-void QRenderWidget::OnPreviewWidgetZoomInfo(QString strInfo) {
+void QRenderWidget::OnPreviewWidgetZoomInfo(const QString& strInfo) {
     m_pStatusBar->SetZoomInfo(strInfo);
 }
 
