@@ -22,6 +22,8 @@ constexpr int kTypeNone = 3;
 int QCamera::StartRecordRawData(const char* file, const char* folder) {
     if (!file || !folder)
         return -4;
+    // The frame that is being saved belongs to what was before.
+    const std::lock_guard<CFairMutex> turn(m_saveTurnMutex);
     const std::lock_guard<std::mutex> lock(m_recordMutex);
     m_recordFolder.fill('\0');
     std::strncpy(m_recordFolder.data(), folder, m_recordFolder.size() - 1);
