@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -85,19 +86,26 @@ Fetched fetch(void* handle, std::uint32_t timeoutMs, std::size_t capacity) {
 
 void Messages::callback(std::uint32_t message, void* user) {
     auto& self = *static_cast<Messages*>(user);
+    std::function<void()> inside;
     {
         const std::lock_guard<std::mutex> lock(self.mutex_);
         if (self.messages_.empty()) {
             self.firstAt_ = Clock::now();
             self.thread_ = std::this_thread::get_id();
         }
+        inside = self.inside_;
     }
-    if (self.inside) {
-        self.inside();
+    if (inside) {
+        inside();
     }
     const std::lock_guard<std::mutex> lock(self.mutex_);
     self.messages_.push_back(message);
     self.came_.notify_all();
+}
+
+void Messages::runInside(std::function<void()> work) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    inside_ = std::move(work);
 }
 
 bool Messages::waitFor(std::size_t count, milliseconds deadline) {

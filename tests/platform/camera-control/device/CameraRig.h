@@ -63,8 +63,8 @@ public:
     std::vector<std::uint32_t> all() const;
     Clock::time_point firstAt() const;
     std::thread::id thread() const;
-    // Runs inside the callback.
-    std::function<void()> inside;
+    // From now on runs inside the callback.
+    void runInside(std::function<void()> work);
 
 private:
     mutable std::mutex mutex_;
@@ -72,6 +72,7 @@ private:
     std::vector<std::uint32_t> messages_;
     Clock::time_point firstAt_{};
     std::thread::id thread_;
+    std::function<void()> inside_;
 };
 
 } // namespace kolt::test

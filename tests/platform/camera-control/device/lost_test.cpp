@@ -223,11 +223,11 @@ TEST_F(Lost, ControlIsTakenAwayAndHeldByAnother) {
 TEST_F(Lost, TheCallbackMayClose) {
     std::uint32_t status = ~0U;
     double took = 0;
-    messages_.inside = [&] {
+    messages_.runInside([&] {
         const auto begun = Clock::now();
         status = OV_CC_CloseDevice(*handle_);
         took = millisecondsSince(begun);
-    };
+    });
     start();
     die();
     expectOneMessageInTime();
@@ -244,7 +244,7 @@ TEST_F(Lost, TheCallbackMayDestroyItsHandle) {
     ASSERT_EQ(OV_CC_OpenDevice(handle, OV_ACCESS_EXCLUSIVE, 0), OV_STATUS_OK);
     ASSERT_EQ(OV_CC_RegisterExceptionCallBack(handle, Messages::callback, &messages_), OV_STATUS_OK);
     std::uint32_t status = ~0U;
-    messages_.inside = [&] { status = OV_CC_DestroyHandle(handle); };
+    messages_.runInside([&] { status = OV_CC_DestroyHandle(handle); });
     ASSERT_EQ(OV_CC_StartGrabbing(handle), OV_STATUS_OK);
     die();
     expectOneMessageInTime();
@@ -261,12 +261,12 @@ TEST_F(Lost, TheCallbackMayWaitForTheGrabber) {
             fetch(*handle_, 60000);
         }
     });
-    messages_.inside = [&] {
+    messages_.runInside([&] {
         stop = true;
         grabber.join();
         EXPECT_EQ(OV_CC_StopGrabbing(*handle_), OV_STATUS_OK);
         EXPECT_EQ(OV_CC_RegisterExceptionCallBack(*handle_, nullptr, nullptr), OV_STATUS_OK);
-    };
+    });
     die();
     expectOneMessageInTime();
     expectQuickClose();
@@ -274,13 +274,13 @@ TEST_F(Lost, TheCallbackMayWaitForTheGrabber) {
 
 TEST_F(Lost, ClosingAndCallbackMeet) {
     std::atomic<bool> inside{false};
-    messages_.inside = [&] {
+    messages_.runInside([&] {
         inside = true;
         std::this_thread::sleep_for(milliseconds(50)); // the other thread's closing comes meanwhile
         const std::uint32_t status = OV_CC_CloseDevice(*handle_);
         EXPECT_TRUE(status == OV_STATUS_OK || status == OV_STATUS_CALL_ORDER);
         inside = false;
-    };
+    });
     die();
     ASSERT_TRUE(eventually([&] { return inside.load(); }));
     const std::uint32_t status = OV_CC_CloseDevice(*handle_);
