@@ -26,63 +26,43 @@ KOLT_AVX2 void store256(void* at, __m256i value) {
     _mm256_storeu_si256(static_cast<__m256i*>(at), value);
 }
 
-/* Adds 32 weighted bytes of two rows, which are laid side by side for it, to two times 16 sums. */
-struct Sums {
-    __m256i low;
-    __m256i high;
+KOLT_AVX2 void copyPastCaches(const uint8_t* from, uint8_t* to, size_t bytes) {
+    for (size_t i = 0; i < bytes; i += 64) {
+        const __m256i low = load256(from + i);
+        const __m256i high = load256(from + i + 32);
+        _mm256_stream_si256(reinterpret_cast<__m256i*>(to + i), low);
+        _mm256_stream_si256(reinterpret_cast<__m256i*>(to + i + 32), high);
+    }
+}
+
+/* What the blending below is made of. */
+struct Vector {
+    using Type = __m256i;
+    static constexpr size_t kBytes = 32;
+    KOLT_AVX2 static Type load(const uint8_t* at) {
+        return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at));
+    }
+    KOLT_AVX2 static void store(uint8_t* at, Type v) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(at), v);
+    }
+    KOLT_AVX2 static Type set(int16_t value) { return _mm256_set1_epi16(value); }
+    KOLT_AVX2 static Type add(Type a, Type b) { return _mm256_add_epi16(a, b); }
+    /* Sums of two neighbouring bytes times their weights. */
+    KOLT_AVX2 static Type weighted(Type bytes, Type weights) { return _mm256_maddubs_epi16(bytes, weights); }
+    KOLT_AVX2 static Type lowBytesInTurn(Type a, Type b) { return _mm256_unpacklo_epi8(a, b); }
+    KOLT_AVX2 static Type highBytesInTurn(Type a, Type b) { return _mm256_unpackhi_epi8(a, b); }
+    template<int Bits>
+    KOLT_AVX2 static Type shiftRight(Type v) {
+        return _mm256_srli_epi16(v, Bits);
+    }
+    KOLT_AVX2 static Type pack(Type low, Type high) { return _mm256_packus_epi16(low, high); }
 };
 
-KOLT_AVX2 inline void addPair(Sums& sums, const uint8_t* a, const uint8_t* b, __m256i weights) {
-    const __m256i x = load256(a);
-    const __m256i y = load256(b);
-    sums.low = _mm256_add_epi16(sums.low, _mm256_maddubs_epi16(_mm256_unpacklo_epi8(x, y), weights));
-    sums.high = _mm256_add_epi16(sums.high, _mm256_maddubs_epi16(_mm256_unpackhi_epi8(x, y), weights));
-}
+#define KOLT_TARGET KOLT_AVX2
+#include "BlendRows-inl.h"
 
-KOLT_AVX2 inline void storeMean(uint8_t* out, const Sums& sums) {
-    static_assert(kRowWeight == 128, "the shift");
-    store256(out, _mm256_packus_epi16(_mm256_srli_epi16(sums.low, 7), _mm256_srli_epi16(sums.high, 7)));
-}
-
-KOLT_AVX2 inline __m256i weightPair(const uint8_t* weights) {
-    return _mm256_set1_epi16(static_cast<int16_t>(weights[0] | weights[1] << 8));
-}
-
-KOLT_AVX2 void blend(const uint8_t* const* rows, const uint8_t* weights, size_t taps, uint8_t* out,
-                     size_t bytes) {
-    const __m256i half = _mm256_set1_epi16(kRowWeight / 2);
-    // Bytes written to out might be the pointers and weights for all the compiler knows: the common numbers
-    // of rows take them out first.
-    const __m256i w0 = weightPair(weights);
-    const uint8_t* a = rows[0];
-    const uint8_t* b = rows[1];
-    if (taps == 2) {
-        for (size_t i = 0; i < bytes; i += 32) {
-            Sums sums{half, half};
-            addPair(sums, a + i, b + i, w0);
-            storeMean(out + i, sums);
-        }
-        return;
-    }
-    if (taps == 4) {
-        const __m256i w1 = weightPair(weights + 2);
-        const uint8_t* c = rows[2];
-        const uint8_t* d = rows[3];
-        for (size_t i = 0; i < bytes; i += 32) {
-            Sums sums{half, half};
-            addPair(sums, a + i, b + i, w0);
-            addPair(sums, c + i, d + i, w1);
-            storeMean(out + i, sums);
-        }
-        return;
-    }
-    for (size_t i = 0; i < bytes; i += 32) {
-        Sums sums{half, half};
-        for (size_t tap = 0; tap < taps; tap += 2) {
-            addPair(sums, rows[tap] + i, rows[tap + 1] + i, weightPair(weights + tap));
-        }
-        storeMean(out + i, sums);
-    }
+void settle() {
+    _mm_sfence();
 }
 
 KOLT_AVX2 void halveGrey(uint8_t* row, size_t count) {
@@ -242,7 +222,8 @@ KOLT_AVX2 void transpose(const uint32_t* lines, size_t lineLength, size_t count,
 
 const RowKernels* avx2RowKernels() {
     static const RowKernels kernels = {
-        "AVX2", blend, halveGrey, halveColour, copyColumns, averageColumns, reverse, transpose,
+        "AVX2",      copyPastCaches, settle,         blend,   halveGrey,
+        halveColour, copyColumns,    averageColumns, reverse, transpose,
     };
     static const bool present = __builtin_cpu_supports("avx2") != 0;
     return present ? &kernels : nullptr;

@@ -27,62 +27,48 @@ KOLT_AVX512 inline __m512i opaque() {
     return _mm512_set1_epi32(static_cast<int>(0xFF000000U));
 }
 
-struct Sums {
-    __m512i low;
-    __m512i high;
+KOLT_AVX512 void copyPastCaches(const uint8_t* from, uint8_t* to, size_t bytes) {
+    const auto stream = [](uint8_t* at, __m512i v)
+                            KOLT_AVX512 { _mm512_stream_si512(reinterpret_cast<__m512i*>(at), v); };
+    size_t i = 0;
+    for (; i + 256 <= bytes; i += 256) {
+        const __m512i a = load(from + i);
+        const __m512i b = load(from + i + 64);
+        const __m512i c = load(from + i + 128);
+        const __m512i d = load(from + i + 192);
+        stream(to + i, a);
+        stream(to + i + 64, b);
+        stream(to + i + 128, c);
+        stream(to + i + 192, d);
+    }
+    for (; i < bytes; i += 64) {
+        stream(to + i, load(from + i));
+    }
+}
+
+/* What the blending below is made of. */
+struct Vector {
+    using Type = __m512i;
+    static constexpr size_t kBytes = 64;
+    KOLT_AVX512 static Type load(const uint8_t* at) { return _mm512_loadu_si512(at); }
+    KOLT_AVX512 static void store(uint8_t* at, Type v) { _mm512_storeu_si512(at, v); }
+    KOLT_AVX512 static Type set(int16_t value) { return _mm512_set1_epi16(value); }
+    KOLT_AVX512 static Type add(Type a, Type b) { return _mm512_add_epi16(a, b); }
+    /* Sums of two neighbouring bytes times their weights. */
+    KOLT_AVX512 static Type weighted(Type bytes, Type weights) {
+        return _mm512_maddubs_epi16(bytes, weights);
+    }
+    KOLT_AVX512 static Type lowBytesInTurn(Type a, Type b) { return _mm512_unpacklo_epi8(a, b); }
+    KOLT_AVX512 static Type highBytesInTurn(Type a, Type b) { return _mm512_unpackhi_epi8(a, b); }
+    template<int Bits>
+    KOLT_AVX512 static Type shiftRight(Type v) {
+        return _mm512_srli_epi16(v, Bits);
+    }
+    KOLT_AVX512 static Type pack(Type low, Type high) { return _mm512_packus_epi16(low, high); }
 };
 
-KOLT_AVX512 inline void addPair(Sums& sums, const uint8_t* a, const uint8_t* b, __m512i weights) {
-    const __m512i x = load(a);
-    const __m512i y = load(b);
-    sums.low = _mm512_add_epi16(sums.low, _mm512_maddubs_epi16(_mm512_unpacklo_epi8(x, y), weights));
-    sums.high = _mm512_add_epi16(sums.high, _mm512_maddubs_epi16(_mm512_unpackhi_epi8(x, y), weights));
-}
-
-KOLT_AVX512 inline void storeMean(uint8_t* out, const Sums& sums) {
-    static_assert(kRowWeight == 128, "the shift");
-    store(out, _mm512_packus_epi16(_mm512_srli_epi16(sums.low, 7), _mm512_srli_epi16(sums.high, 7)));
-}
-
-KOLT_AVX512 inline __m512i weightPair(const uint8_t* weights) {
-    return _mm512_set1_epi16(static_cast<int16_t>(weights[0] | weights[1] << 8));
-}
-
-KOLT_AVX512 void blend(const uint8_t* const* rows, const uint8_t* weights, size_t taps, uint8_t* out,
-                       size_t bytes) {
-    const __m512i half = _mm512_set1_epi16(kRowWeight / 2);
-    // Taken out of their arrays as in the AVX2 kernel.
-    const __m512i w0 = weightPair(weights);
-    const uint8_t* a = rows[0];
-    const uint8_t* b = rows[1];
-    if (taps == 2) {
-        for (size_t i = 0; i < bytes; i += 64) {
-            Sums sums{half, half};
-            addPair(sums, a + i, b + i, w0);
-            storeMean(out + i, sums);
-        }
-        return;
-    }
-    if (taps == 4) {
-        const __m512i w1 = weightPair(weights + 2);
-        const uint8_t* c = rows[2];
-        const uint8_t* d = rows[3];
-        for (size_t i = 0; i < bytes; i += 64) {
-            Sums sums{half, half};
-            addPair(sums, a + i, b + i, w0);
-            addPair(sums, c + i, d + i, w1);
-            storeMean(out + i, sums);
-        }
-        return;
-    }
-    for (size_t i = 0; i < bytes; i += 64) {
-        Sums sums{half, half};
-        for (size_t tap = 0; tap < taps; tap += 2) {
-            addPair(sums, rows[tap] + i, rows[tap + 1] + i, weightPair(weights + tap));
-        }
-        storeMean(out + i, sums);
-    }
-}
+#define KOLT_TARGET KOLT_AVX512
+#include "BlendRows-inl.h"
 
 /* For 32 pixels of 96 bytes, read as the 64 bytes from 0 (numbers 0 to 63) and from 32 (64 to 127). */
 struct HalvingNumbers {
@@ -190,6 +176,7 @@ const RowKernels* avx512RowKernels() {
     static const RowKernels kernels = [] {
         RowKernels best = *avx2RowKernels();
         best.name = "AVX-512";
+        best.copyPastCaches = copyPastCaches;
         best.blend = blend;
         best.halveColour = halveColour;
         best.copyColumns = copyColumns;

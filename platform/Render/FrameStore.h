@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
 
 namespace kolt::render {
 
@@ -21,7 +22,7 @@ namespace kolt::render {
 class FrameListener {
 public:
     virtual ~FrameListener() = default;
-    /* On the thread that brings the picture, before anyone else sees it; rows are there once provided. */
+    /* On the thread that brings the picture, before anyone else sees it; its rows come from the supply. */
     virtual void arrives(const FrameView& frame, uint64_t number, RowSupply& rows) = 0;
 };
 
@@ -54,7 +55,11 @@ private:
 
     const int m_channels;
     mutable std::mutex m_mutex; /* guards all below; nothing else is locked inside */
-    std::unique_ptr<uint8_t[]> m_pixels;
+    struct Free {
+        void operator()(uint8_t* pixels) const { ::operator delete[](pixels, kAlignment); }
+    };
+    static constexpr std::align_val_t kAlignment{64};
+    std::unique_ptr<uint8_t[], Free> m_pixels;
     size_t m_capacity = 0;
     Size m_size;
     uint64_t m_number = 0; /* counts pictures from 1 */

@@ -20,6 +20,12 @@ inline uint32_t colour(uint32_t red, uint32_t green, uint32_t blue) {
     return 0xFF000000U | red << 16 | green << 8 | blue;
 }
 
+inline void copy(const uint8_t* from, uint8_t* to, size_t bytes) {
+    std::memcpy(to, from, bytes);
+}
+
+inline void settle() {}
+
 inline void blend(const uint8_t* const* rows, const uint8_t* weights, size_t taps, uint8_t* out,
                   size_t bytes) {
     constexpr size_t kChunk = 1024;

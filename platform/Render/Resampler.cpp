@@ -163,14 +163,12 @@ const uint8_t* Resampler::blend(const uint8_t* row, const Line& line, size_t pit
 
 void Resampler::makeLine(const FrameView& frame, size_t index, uint32_t* words) {
     const Line& line = m_lines[index];
-    if (m_supply != nullptr) {
-        m_supply->provide(line.firstRow + line.taps);
-    }
     const size_t channels = static_cast<size_t>(frame.channels);
     const size_t pitch = static_cast<size_t>(frame.size.width) * channels;
     const size_t bytes = static_cast<size_t>(m_columnCount) * channels;
-    const uint8_t* row = frame.pixels + static_cast<size_t>(line.firstRow) * pitch +
-                         static_cast<size_t>(m_firstColumn) * channels;
+    const uint8_t* row = m_supply != nullptr ? m_supply->rows(line.firstRow, line.firstRow + line.taps)
+                                             : frame.pixels + static_cast<size_t>(line.firstRow) * pitch;
+    row += static_cast<size_t>(m_firstColumn) * channels;
     if (line.taps > 1) {
         row = blend(row, line, pitch, bytes);
     }

@@ -29,8 +29,9 @@ struct FrameView {
 class RowSupply {
 public:
     virtual ~RowSupply() = default;
-    /* Before rows below `end` are read. Ends only grow. */
-    virtual void provide(int end) = 0;
+    /* The rows [first, end), at least one, without padding between them; as many bytes may be read past them
+       as past a frame. Until the next call. */
+    virtual const uint8_t* rows(int first, int end) = 0;
 };
 
 /* Used by one thread at a time. Keeps its tables while plan and formats stay the same. */

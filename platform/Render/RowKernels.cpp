@@ -61,9 +61,8 @@ void ColumnTables::finish() {
 
 const RowKernels& plainRowKernels() {
     static const RowKernels kernels = {
-        "plain",         plain::blend,       plain::halve<1>,
-        plain::halve<3>, plain::copyColumns, plain::averageColumns,
-        plain::reverse,  plain::transpose,
+        "plain",         plain::copy,        plain::settle,         plain::blend,   plain::halve<1>,
+        plain::halve<3>, plain::copyColumns, plain::averageColumns, plain::reverse, plain::transpose,
     };
     return kernels;
 }

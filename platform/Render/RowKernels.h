@@ -71,6 +71,10 @@ private:
 
 struct RowKernels {
     const char* name;
+    /* Copies to a place that is aligned to 64, a multiple of 64 bytes, which don't enter the caches where the
+       processor knows how. settle() comes after the last, before another thread may look. */
+    void (*copyPastCaches)(const uint8_t* from, uint8_t* to, size_t bytes);
+    void (*settle)();
     /* out[i] = weighted mean of rows[0..taps)[i]; taps is even. Up to kFramePadding bytes past out[bytes] may
        be written. */
     void (*blend)(const uint8_t* const* rows, const uint8_t* weights, size_t taps, uint8_t* out,

@@ -10,6 +10,10 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <vector>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace kolt::render {
 namespace {
@@ -385,10 +389,10 @@ struct Listener final : FrameListener {
     void arrives(const FrameView& frame, uint64_t n, RowSupply& rows) override {
         ++calls;
         number = n;
-        rows.provide(frame.size.height / 2);
-        half.assign(frame.pixels, frame.pixels + static_cast<size_t>(frame.size.width) *
-                                                     static_cast<size_t>(frame.size.height / 2));
-        rows.provide(1); // less than before changes nothing
+        const uint8_t* first = rows.rows(0, frame.size.height / 2);
+        half.assign(first, first + static_cast<size_t>(frame.size.width) *
+                                       static_cast<size_t>(frame.size.height / 2));
+        EXPECT_EQ(*rows.rows(0, 1), half.front()) << "rows from before may be asked for again";
     }
     int calls = 0;
     uint64_t number = 0;
@@ -439,6 +443,44 @@ TEST(FrameStoring, ShowsTheNextPictureToOneListenerOnce) {
     EXPECT_EQ(other.calls, 1);
 }
 
+/* Bytes that end where the next may not be touched. */
+class EdgeOfMemory {
+public:
+    explicit EdgeOfMemory(const std::vector<uint8_t>& bytes) {
+        const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        m_length = (bytes.size() + page - 1) / page * page + page;
+        m_pages = static_cast<uint8_t*>(
+            mmap(nullptr, m_length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        EXPECT_EQ(mprotect(m_pages + m_length - page, page, PROT_NONE), 0);
+        m_first = m_pages + m_length - page - bytes.size();
+        std::copy(bytes.begin(), bytes.end(), m_first);
+    }
+    ~EdgeOfMemory() { munmap(m_pages, m_length); }
+    EdgeOfMemory(const EdgeOfMemory&) = delete;
+    EdgeOfMemory& operator=(const EdgeOfMemory&) = delete;
+    const uint8_t* first() const { return m_first; }
+
+private:
+    size_t m_length = 0;
+    uint8_t* m_pages = nullptr;
+    uint8_t* m_first = nullptr;
+};
+
+TEST(FrameStoring, CopiesPastTheCachesAreTheSame) {
+    for (const RowKernels* set : kernelSets()) {
+        const Source source = tests::noise(1024, 3, 1);
+        AlignedVector<uint8_t> to(source.bytes.size() + 64, 0xA5);
+        for (const size_t bytes : {size_t{0}, size_t{64}, size_t{128}, size_t{2048}}) {
+            set->copyPastCaches(source.bytes.data() + 3, to.data() + 64, bytes);
+            set->settle();
+            EXPECT_TRUE(std::equal(to.begin() + 64, to.begin() + 64 + static_cast<ptrdiff_t>(bytes),
+                                   source.bytes.begin() + 3))
+                << set->name;
+            EXPECT_EQ(to[64 + bytes], 0xA5) << set->name << " writes no more";
+        }
+    }
+}
+
 /* The rows come while the picture is being drawn; what is drawn must be no different. */
 TEST(FrameStoring, DrawsThePictureWhileItComesIn) {
     struct Drawing final : FrameListener {
@@ -452,19 +494,25 @@ TEST(FrameStoring, DrawsThePictureWhileItComesIn) {
         std::vector<uint8_t> out = std::vector<uint8_t>(61 * 47 * 4);
     };
     for (int turns = 0; turns < 4; ++turns) {
-        FrameStore store(3);
-        Drawing listener;
-        listener.view.quarterTurns = turns;
-        const Source source = tests::noise(150, 120, 3, static_cast<uint32_t>(turns));
-        store.expect(listener);
-        ASSERT_TRUE(store.put(source.bytes.data(), 150, 120));
-        std::vector<uint8_t> later(listener.out.size());
-        store.read([&](const FrameView& frame, uint64_t) {
-            Resampler resampler;
-            resampler.draw(frame, makePlan(frame.size, listener.window, listener.view), {}, later.data(),
-                           61 * 4);
-        });
-        EXPECT_EQ(listener.out, later) << turns;
+        // Odd, tiny, and large enough to be copied past the caches.
+        for (const auto& size : {Size{150, 120}, Size{151, 121}, Size{1, 1}, Size{5, 3}, Size{2001, 1501}}) {
+            FrameStore store(3);
+            Drawing listener;
+            listener.view.quarterTurns = turns;
+            const Source source = tests::noise(size.width, size.height, 3, static_cast<uint32_t>(turns));
+            const EdgeOfMemory edge(source.bytes);
+            store.expect(listener);
+            ASSERT_TRUE(store.put(edge.first(), static_cast<uint32_t>(size.width),
+                                  static_cast<uint32_t>(size.height)));
+            std::vector<uint8_t> later(listener.out.size());
+            store.read([&](const FrameView& frame, uint64_t) {
+                EXPECT_EQ(std::memcmp(frame.pixels, source.bytes.data(), source.bytes.size()), 0);
+                Resampler resampler;
+                resampler.draw(frame, makePlan(frame.size, listener.window, listener.view), {}, later.data(),
+                               61 * 4);
+            });
+            EXPECT_EQ(listener.out, later) << turns << ", " << size.width << " x " << size.height;
+        }
     }
 }
 
