@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <string>
+#include <vector>
+
 namespace kolt::tests {
 namespace {
 
@@ -111,6 +115,40 @@ TEST_P(Drawing, OddSizes) {
             }
         }
     }
+}
+
+/* A sheet for looking at, kept as render-<way>.ppm: a scene in every turn, and parts that are clipped at the
+ * edges. */
+TEST_P(Drawing, ASceneInEveryTurn) {
+    const Source source = scene(320, 240, 3);
+    const tagVRRectF corner{0.5F, 1.25F, -0.25F, 0.5F};
+    const tagVRRectF middle{0.125F, 0.875F, 0.25F, 0.75F};
+    std::vector<Shown> views;
+    for (int turns = 0; turns < 4; ++turns) {
+        views.push_back({kAll, kAll, turns});
+    }
+    for (int turns = 0; turns < 4; ++turns) {
+        views.push_back({corner, kAll, turns});
+    }
+    for (int turns = 0; turns < 4; ++turns) {
+        views.push_back({{0.25F, 0.5F, 0.25F, 0.5F}, middle, turns});
+    }
+    constexpr int kCell = 210;
+    constexpr int kWindow = 200;
+    std::vector<std::unique_ptr<RenderHandle>> handles;
+    for (size_t i = 0; i < views.size(); ++i) {
+        const int x = static_cast<int>(i % 4) * kCell;
+        const int y = static_cast<int>(i / 4) * kCell;
+        const xcb_window_t window = client.makeWindow(x, y, kWindow, kWindow);
+        handles.push_back(std::make_unique<RenderHandle>(formatOf(3), engine(), window));
+        void* handle = handles.back()->get();
+        ASSERT_EQ(turn(handle, 90.0F * static_cast<float>(views[i].quarterTurns)), 1);
+        ASSERT_EQ(VR_SetDisplayRect(handle, kPort, &views[i].source, &views[i].destination), 1);
+        ASSERT_EQ(handles.back()->update(source), 1);
+        ASSERT_EQ(handles.back()->display(), 1);
+        EXPECT_TRUE(becomes(client, x, y, expected(source, kWindow, kWindow, views[i]), kReduced)) << i;
+    }
+    client.screenshot(0, 0, 4 * kCell, 3 * kCell).save(std::string("render-") + GetParam().name + ".ppm");
 }
 
 } // namespace
