@@ -15,6 +15,16 @@ void Race::AddMemcpy(std::size_t bytesRead, std::size_t bytesWritten) {
     });
 }
 
+void Race::AddMemcpyOnTwo(media::WorkerPool& pool) {
+    Add("memcpy on two", [this, &pool] {
+        const std::size_t half = copyTo_.size() / 2;
+        pool.Run(2, [&](std::size_t piece, unsigned /*worker*/) {
+            const std::size_t bytes = piece == 0 ? half : copyTo_.size() - half;
+            std::memcpy(copyTo_.data() + piece * half, copyFrom_.data() + piece * half, bytes);
+        });
+    });
+}
+
 std::vector<Race::Result> Race::Run(int rounds) {
     using Clock = std::chrono::steady_clock;
     for (int round = -2; round < rounds; ++round) {

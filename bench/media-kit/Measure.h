@@ -1,6 +1,8 @@
 #ifndef BENCH_MEDIA_KIT_MEASURE_H
 #define BENCH_MEDIA_KIT_MEASURE_H
 
+#include "MediaKit/WorkerPool.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -25,6 +27,9 @@ public:
 
     /* A memcpy that reads and writes together as many bytes as the conversion does. */
     void AddMemcpy(std::size_t bytesRead, std::size_t bytesWritten);
+
+    /* The same copy, half of it by each of two threads: after AddMemcpy. The pool outlives Run. */
+    void AddMemcpyOnTwo(media::WorkerPool& pool);
 
     /* Runs all of them in turns, `rounds` times after a warm-up. */
     std::vector<Result> Run(int rounds);
