@@ -41,6 +41,13 @@ void shares(double begin, double end, Reach reach, int total, Sink&& sink) {
     }
 }
 
+/* The server has read the line since it was written: it comes back while the one before it is made. */
+void askFor(const uint8_t* line, size_t bytes) {
+    for (size_t at = 0; at < bytes; at += 64) {
+        __builtin_prefetch(line + at, 1);
+    }
+}
+
 } // namespace
 
 Resampler::Resampler(const RowKernels& kernels) : m_kernels(kernels) {}
@@ -194,6 +201,9 @@ void Resampler::drawUpright(const FrameView& frame, uint8_t* out, size_t stride)
     const uint8_t* before = nullptr;
     for (size_t k = 0; k < height; ++k) {
         uint8_t* at = out + (m_plan.rows.mirrored ? height - 1 - k : k) * stride;
+        if (k + 1 < height) {
+            askFor(m_plan.rows.mirrored ? at - stride : at + stride, stride);
+        }
         if (before != nullptr && sameAsBefore(k)) {
             std::memcpy(at, before, width * static_cast<size_t>(m_format.bitsPerPixel) / 8);
             continue;
