@@ -26,6 +26,12 @@ std::vector<Kernels> MakeKernels() {
             FillPixelKernels(target.target, kernels);
             FillMosaicKernels(target.target, kernels);
             FillHamiltonKernels(target.target, kernels);
+            if (target.target == HWY_AVX3 && (present & HWY_AVX2) != 0) {
+                // Three channels to four with vectors of 64 bytes: the shuffles across them cost more than
+                // the length gains, a tenth of the whole.
+                constexpr auto kBgrx = static_cast<std::size_t>(Layout::Bgrx);
+                kernels.rgb[kBgrx] = all[all.size() - 2].rgb[kBgrx];
+            }
         }
     }
     return all;
