@@ -130,19 +130,11 @@ void DeviceModel::DefineAutoAreas(FeatureBuilder& build) {
         const std::string room = "(WHOLE - PARTNER) / 4 * 4";
         build.Formula(sizeName + "Room", {{"WHOLE", axis.maximum}, {"PARTNER", offsetName}}, room);
         build.Formula(offsetName + "Room", {{"WHOLE", axis.maximum}, {"PARTNER", sizeName}}, room);
-        const auto fits = [this, axis](uint32_t partner, uint32_t least) -> Check {
-            return [this, axis, partner, least](const Bytes& proposed) {
-                const uint32_t free = m_memory.Get32(axis.maximumAddress) - m_memory.Get32(partner);
-                const uint32_t value = vcam::Get32(proposed.data());
-                return value >= least && value <= free && value % kAutoAreaStep == 0
-                           ? Status::Success
-                           : Status::InvalidParameter;
-            };
-        };
         for (uint32_t area = 0; area < kAutoAreas * kAutoAreaStride; area += kAutoAreaStride) {
-            m_memory.AddHooks(axis.sizeAddress + area,
-                              {{}, fits(axis.offsetAddress + area, kLeastAutoArea), {}});
-            m_memory.AddHooks(axis.offsetAddress + area, {{}, fits(axis.sizeAddress + area, 0), {}});
+            const uint32_t sizeAt = axis.sizeAddress + area;
+            const uint32_t offsetAt = axis.offsetAddress + area;
+            FitBeside(sizeAt, {axis.maximumAddress, offsetAt, kLeastAutoArea, kAutoAreaStep});
+            FitBeside(offsetAt, {axis.maximumAddress, sizeAt, 0, kAutoAreaStep});
         }
     }
     const auto usage = [&build](const char* name, uint32_t address, const char* tip) {

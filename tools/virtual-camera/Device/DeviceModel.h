@@ -193,6 +193,12 @@ private:
     uint32_t LineLevels() const; // as LineStatusAll shows them
     uint32_t Binning(uint32_t direction) const;
     uint32_t ActiveRegion() const;
+    // A register whose value and the partner's must fit together below the maximum; the first two are
+    // addresses.
+    struct Neighbour {
+        uint32_t maximum, partner, least, step;
+    };
+    void FitBeside(uint32_t address, const Neighbour& neighbour);
     // Brings sizes and places back into what the sensor with its binning has.
     void FitRegions();
     void FitAutoAreas();

@@ -152,13 +152,13 @@ Feature& Feature::Setting() {
     return *this;
 }
 
-Feature& Feature::Refuse(Check check) {
+Feature& Feature::Refuse(const Check& check) {
     for (const uint32_t address : m_addresses)
         m_build->Memory().AddHooks(address, {{}, check, {}});
     return *this;
 }
 
-Feature& Feature::OnWrite(std::function<void()> written) {
+Feature& Feature::OnWrite(const std::function<void()>& written) {
     for (const uint32_t address : m_addresses)
         m_build->Memory().AddHooks(address, {{}, {}, written});
     return *this;

@@ -60,8 +60,8 @@ public:
     Feature& ChangesWith(std::initializer_list<const char*> features);
     // Belongs to the settings that user sets keep and feature files carry.
     Feature& Setting();
-    Feature& Refuse(Check check);
-    Feature& OnWrite(std::function<void()> written);
+    Feature& Refuse(const Check& check);
+    Feature& OnWrite(const std::function<void()>& written);
 
     XmlNode& Node() { return *m_face; }
     XmlNode& RegisterNode() { return *m_register; }

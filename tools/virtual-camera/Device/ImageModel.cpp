@@ -138,6 +138,18 @@ void DeviceModel::DefineRegionSelector(FeatureBuilder& build) {
     }
 }
 
+void DeviceModel::FitBeside(uint32_t address, const Neighbour& neighbour) {
+    RegisterHooks hooks;
+    hooks.check = [this, neighbour](const Bytes& proposed) {
+        const uint32_t room = m_memory.Get32(neighbour.maximum) - m_memory.Get32(neighbour.partner);
+        const uint32_t value = vcam::Get32(proposed.data());
+        return value >= neighbour.least && value <= room && value % neighbour.step == 0
+                   ? Status::Success
+                   : Status::InvalidParameter;
+    };
+    m_memory.AddHooks(address, std::move(hooks));
+}
+
 // Size and place of the picture on the sensor. Each must fit the others as they are.
 void DeviceModel::DefineRegion(FeatureBuilder& build) {
     struct Axis {
@@ -187,19 +199,11 @@ void DeviceModel::DefineRegion(FeatureBuilder& build) {
         if (placeless)
             offset.ImplementedIf("AreaScanInquiry");
 
-        const auto fits = [this, axis](uint32_t partner, uint32_t least, uint32_t step) -> Check {
-            return [this, axis, partner, least, step](const Bytes& proposed) {
-                const uint32_t room = m_memory.Get32(axis.maximumAddress) - m_memory.Get32(partner);
-                const uint32_t value = vcam::Get32(proposed.data());
-                return value >= least && value <= room && value % step == 0 ? Status::Success
-                                                                            : Status::InvalidParameter;
-            };
-        };
         for (size_t region = 0; region < size.Addresses().size(); ++region) {
             const uint32_t sizeAt = size.Addresses()[region];
             const uint32_t offsetAt = offset.Addresses()[region];
-            m_memory.AddHooks(sizeAt, {{}, fits(offsetAt, axis.least, axis.step), {}});
-            m_memory.AddHooks(offsetAt, {{}, fits(sizeAt, 0, kOffsetStep), {}});
+            FitBeside(sizeAt, {axis.maximumAddress, offsetAt, axis.least, axis.step});
+            FitBeside(offsetAt, {axis.maximumAddress, sizeAt, 0, kOffsetStep});
         }
     }
 }
