@@ -23,23 +23,15 @@ bool QAboutDlg::InitWidget() {
         return true;
     auto* mark = new QLabel(this);
     mark->setPixmap(Look::Picture(":/ORV/Resources/logo_large.png"));
-    // All alike can be selected: such labels lay their text out differently, and a pair has to stand on one
-    // line.
     const auto caption = [this] {
         auto* label = new QLabel(this);
         label->setObjectName("caption");
-        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        return label;
-    };
-    const auto value = [this] {
-        auto* label = new QLabel(this);
-        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
         return label;
     };
     m_pNameCaption = caption();
-    m_pName = value();
+    m_pName = new QLabel(this);
     m_pVersionCaption = caption();
-    m_pVersion = value();
+    m_pVersion = new QLabel(this);
     auto* facts = new QGridLayout;
     facts->setHorizontalSpacing(12);
     facts->setVerticalSpacing(8);

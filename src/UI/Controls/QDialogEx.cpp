@@ -48,17 +48,17 @@ bool QDialogEx::CreateCtrl() {
     m_pBtnClose->SetBtnImageSet(":/ORV/Resources/dialog/close");
     m_pBtnClose->setFixedSize(32, Look::dialogTitleHeight - 4);
     m_pBtnClose->setFocusPolicy(Qt::NoFocus);
-    m_pBtnClose->setAccessibleName(tr("Close"));
 
     m_pContent = new QWidget(this);
     m_pContent->setObjectName("dialogContent");
     m_pBottom = new QWidget(this);
     m_pBottom->setObjectName("dialogBottom");
-    m_pBtnOK = new QPushButtonExColor(tr("OK"), m_pBottom);
+    m_pBtnOK = new QPushButtonExColor(m_pBottom);
     m_pBtnOK->setObjectName("dialogOK");
     m_pBtnOK->setDefault(true);
-    m_pBtnCancel = new QPushButtonEx(tr("Cancel"), m_pBottom);
+    m_pBtnCancel = new QPushButtonEx(m_pBottom);
     m_pBtnCancel->setObjectName("dialogCancel");
+    RefreshButtons();
     m_pGrips = new CFrameGrips(this);
     m_pGrips->SetEnabled(false);
     ShowTitleActive(true);
@@ -213,8 +213,19 @@ void QDialogEx::paintEvent(QPaintEvent*) {
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
+// Buttons that were given another text keep it.
+void QDialogEx::RefreshButtons() {
+    m_pBtnClose->setAccessibleName(tr("Close"));
+    if (m_pBtnOK->text() == m_strOK)
+        m_pBtnOK->setText(tr("OK"));
+    if (m_pBtnCancel->text() == m_strCancel)
+        m_pBtnCancel->setText(tr("Cancel"));
+    m_strOK = tr("OK");
+    m_strCancel = tr("Cancel");
+}
+
 void QDialogEx::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::LanguageChange)
-        m_pBtnClose->setAccessibleName(tr("Close"));
+    if (event->type() == QEvent::LanguageChange && m_bBuilt)
+        RefreshButtons();
     QDialog::changeEvent(event);
 }

@@ -82,6 +82,7 @@ private:
     bool CreateCtrl();
     bool CreateLayout();
     bool ConnectSlot();
+    void RefreshButtons();
     void SetActivateDialg();
     void SetDeactivateDilog();
     void ShowTitleActive(bool bActive);
@@ -102,5 +103,7 @@ private:
     QHBoxLayout* m_pBtnLayout = nullptr;
     QPushButton* m_pBtnOK = nullptr;
     QPushButton* m_pBtnCancel = nullptr;
+    QString m_strOK; // the text in the present language
+    QString m_strCancel;
     CFrameGrips* m_pGrips = nullptr;
 };

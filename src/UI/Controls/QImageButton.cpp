@@ -20,6 +20,7 @@ QImageButton::QImageButton(QWidget* parent)
     setAutoDefault(false);
     setAttribute(Qt::WA_Hover);
     m_timerBlock.setSingleShot(true);
+    m_timerBlock.setTimerType(Qt::PreciseTimer);
     m_timerBlock.setInterval(kBlockMs);
     connect(&m_timerBlock, &QTimer::timeout, this, &QImageButton::OnBlockTimer);
     connect(this, &QPushButton::clicked, this, &QImageButton::OnButtonClicked);

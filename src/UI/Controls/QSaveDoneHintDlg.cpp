@@ -37,6 +37,7 @@ QSaveDoneHintDlg::QSaveDoneHintDlg(QWidget* parent)
     whole->setContentsMargins(0, 0, 0, 0);
     whole->addWidget(frame);
     whole->setSizeConstraint(QLayout::SetFixedSize);
+    m_timerClose.setTimerType(Qt::PreciseTimer);
     m_timerClose.setInterval(kCloseMs);
     connect(&m_timerClose, &QTimer::timeout, this, &QSaveDoneHintDlg::OnTimer);
     connect(m_pBtnView, &QPushButton::clicked, this, &QSaveDoneHintDlg::OnBtnView);
