@@ -62,9 +62,11 @@ QDeviceDetectThread::QDeviceDetectThread(QObject* parent) : QThread(parent) {
 QDeviceDetectThread::~QDeviceDetectThread() {
     quit();
     wait();
+    const std::lock_guard<std::mutex> ended(m_roundMutex);
 }
 
 void QDeviceDetectThread::run() {
+    const std::lock_guard<std::mutex> round(m_roundMutex);
     InitHostVector();
     m_deviceList = {};
     if (OV_CC_EnumDevices(OV_TLAYER_GIGE | OV_TLAYER_USB3, &m_deviceList) != OV_STATUS_OK) {

@@ -9,6 +9,7 @@
 #include <QVector>
 #include <atomic>
 #include <functional>
+#include <mutex>
 
 class QCamera;
 
@@ -78,6 +79,9 @@ private:
     bool AddNewCameras();
 
     std::atomic<int32_t> m_nExit{0};
+    // Held by a round, and to see its end; guards what follows. The library is called under it, so that
+    // nobody else may take it.
+    std::mutex m_roundMutex;
     // Of the round; made anew by each.
     QVector<_HOST_IP_INFO_STRU> m_hosts;
     QVector<_OV_CC_DEVICE_INFO_> m_devices;

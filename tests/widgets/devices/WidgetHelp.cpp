@@ -14,7 +14,7 @@ bool WaitFor(const std::function<bool()>& condition) {
 }
 
 QString PicturePath(const QString& name) {
-    const QString folder = qEnvironmentVariable("KOLT_TEST_OUT", ".");
+    const QString folder = qEnvironmentVariable("KOLT_TEST_OUT", QDir::tempPath());
     QDir().mkpath(folder);
     return folder + "/" + name;
 }

@@ -87,10 +87,13 @@ TEST_F(Ping, TheThreadTellsItsEnd) {
         [&name] { pthread_getname_np(pthread_self(), name, sizeof name); }, Qt::DirectConnection);
     EXPECT_FALSE(thread.GetPingResult()) << "before the first ping";
     thread.SetIPAddress("10.0.0.9");
-    ASSERT_TRUE(WaitFor([&thread] {
-        QSignalSpy ended(&thread, &QPingThread::SigEndThread);
+    QObject here;
+    int ended = 0; // told on this thread
+    QObject::connect(&thread, &QPingThread::SigEndThread, &here, [&ended] { ++ended; });
+    ASSERT_TRUE(WaitFor([&] {
+        const int before = ended;
         thread.start();
-        return WaitFor([&ended] { return ended.count() == 1; }) && thread.wait(kPatienceMs) &&
+        return WaitFor([&] { return ended == before + 1; }) && thread.wait(kPatienceMs) &&
                thread.GetPingResult();
     }));
     EXPECT_STREQ(name, "kolt-ping");
