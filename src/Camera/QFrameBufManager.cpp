@@ -57,7 +57,8 @@ void QFrameBufManager::AddOneFrameToList(const uint8_t* data, uint32_t length) {
         m_pSample->AddNodeToSpareList(node.release());
         return;
     }
-    std::memcpy(node->data.get(), data, length);
+    if (length > 0)
+        std::memcpy(node->data.get(), data, length);
     node->length = length;
     const CMutexLocker lock(m_pMutex.get());
     ++m_counters.queued;
