@@ -428,14 +428,16 @@ TEST(VirtualCameraWithAravis, DeadCameraLosesItsClient) {
     Rig rig(SmallCamera(0));
     rig.client->StartStream();
     ASSERT_EQ(rig.client->Next().status, ARV_BUFFER_STATUS_SUCCESS);
-    std::atomic<bool> lost{false};
+    // Not on the stack: ThreadSanitizer doesn't see GLib hand it to the thread that sets it.
+    static std::atomic<bool> lost;
+    lost = false;
     g_signal_connect(
         rig.client->Device(), "control-lost",
         G_CALLBACK(+[](ArvDevice*, gpointer flag) { *static_cast<std::atomic<bool>*>(flag) = true; }), &lost);
     vcam::Faults faults;
     faults.silent = true;
     rig.camera.SetFaults(faults);
-    EXPECT_TRUE(Eventually([&lost] { return lost.load(); }));
+    EXPECT_TRUE(Eventually([] { return lost.load(); }));
     rig.camera.SetFaults({}); // so that the client's good-bye is not waited for
     rig.client->AbandonStream();
 }
