@@ -17,7 +17,6 @@ using namespace GenApi_3_0;
 using GenICam_3_0::GenericException;
 
 constexpr std::uint64_t kMaxAccesses = 20000;
-const char kEnough[] = "the port has had enough";
 
 void Explore(INodeMap& map, const std::string& memory) {
     support::MemoryPort port;
@@ -26,7 +25,7 @@ void Explore(INodeMap& map, const std::string& memory) {
     std::uint64_t accesses = 0;
     port.OnAccess([&](bool, std::int64_t, std::int64_t length) {
         if (++accesses > kMaxAccesses || length > 4096) {
-            throw RUNTIME_EXCEPTION(kEnough);
+            throw RUNTIME_EXCEPTION("the port has had enough");
         }
     });
     NodeList_t nodes;
@@ -39,7 +38,6 @@ void Explore(INodeMap& map, const std::string& memory) {
     support::WalkOptions options;
     options.write = true;
     options.maxNodes = 400;
-    options.portFailure = kEnough;
     const support::WalkReport report = support::WalkNodeMap(map, options);
     for (const std::string& surprise : report.surprises) {
         std::fprintf(stderr, "surprise: %s\n", surprise.c_str());

@@ -1,5 +1,7 @@
 #include "support/GenICamXmlGenerator.h"
 
+#include "support/RegisterXml.h"
+
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -18,10 +20,10 @@ const char* const kAspects[] = {"Level",   "Delay",     "Duration", "Offset", "W
                                 "Divider", "Count",     "Source",   "Mode",   "Rate",  "Polarity",
                                 "Target",  "Tolerance", "Phase",    "Limit"};
 
-class Writer {
+class Writer : private RegisterXml {
 public:
     explicit Writer(const GenICamXmlOptions& options)
-        : m_options(options), m_random(options.seed * 2654435761U + 12345U) {}
+        : RegisterXml(options.bigEndian), m_options(options), m_random(options.seed * 2654435761U + 12345U) {}
 
     GeneratedCamera Run();
 
@@ -37,19 +39,6 @@ private:
     };
 
     std::uint32_t Random(std::uint32_t below);
-    std::uint64_t Allocate(std::size_t length);
-    void Store(std::uint64_t address, std::size_t length, std::uint64_t value);
-
-    void Open(const char* element, const std::string& name);
-    void Close(const char* element);
-    void Line(const char* element, std::string_view value);
-    void Line(const char* element, std::uint64_t value);
-    void Hex(const char* element, std::uint64_t value);
-    void Describe(const std::string& name, std::uint32_t visibility);
-    void Register(std::uint64_t address, std::size_t length, const char* access);
-    void IntReg(const std::string& name, std::size_t length, std::uint64_t value, const char* access = "RW",
-                bool isSigned = false, const std::string& invalidator = {});
-
     void Head();
     void Tail(const std::vector<Category>& categories);
     void BeginCategory(Category& category, std::size_t number);
@@ -79,7 +68,6 @@ private:
     GenICamXmlOptions m_options;
     std::uint32_t m_random;
     GeneratedCamera m_camera;
-    std::uint64_t m_next = 0x1000;
 };
 
 std::uint32_t Writer::Random(std::uint32_t below) {
@@ -87,80 +75,14 @@ std::uint32_t Writer::Random(std::uint32_t below) {
     return (m_random >> 8) % below;
 }
 
-std::uint64_t Writer::Allocate(std::size_t length) {
-    const std::uint64_t address = m_next;
-    m_next += (length + 3) & ~std::size_t{3};
-    m_camera.memory.resize(m_next);
-    return address;
-}
-
-void Writer::Store(std::uint64_t address, std::size_t length, std::uint64_t value) {
-    for (std::size_t i = 0; i < length; ++i) {
-        const std::size_t shift = 8 * (m_options.bigEndian ? length - 1 - i : i);
-        m_camera.memory[address + i] = static_cast<std::uint8_t>(value >> shift);
-    }
-}
-
-void Writer::Open(const char* element, const std::string& name) {
-    m_camera.xml += "<" + std::string(element) + " Name=\"" + name + "\">\n";
-}
-
-void Writer::Close(const char* element) {
-    m_camera.xml += "</" + std::string(element) + ">\n";
-}
-
-void Writer::Line(const char* element, std::string_view value) {
-    m_camera.xml.append("<").append(element).append(">").append(value).append("</").append(element).append(
-        ">\n");
-}
-
-void Writer::Line(const char* element, std::uint64_t value) {
-    Line(element, std::to_string(value));
-}
-
-void Writer::Hex(const char* element, std::uint64_t value) {
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%llX", static_cast<unsigned long long>(value));
-    Line(element, text);
-}
-
-void Writer::Describe(const std::string& name, std::uint32_t visibility) {
-    static const char* const kVisibilities[] = {"Beginner", "Expert", "Guru", "Invisible"};
-    Line("ToolTip", "Sets " + name + ".");
-    Line("Description", "Sets " + name + ". Counts from the next frame on.");
-    Line("Visibility", kVisibilities[visibility]);
-}
-
-void Writer::Register(std::uint64_t address, std::size_t length, const char* access) {
-    Hex("Address", address);
-    Line("Length", length);
-    Line("AccessMode", access);
-    Line("pPort", "Device");
-}
-
-void Writer::IntReg(const std::string& name, std::size_t length, std::uint64_t value, const char* access,
-                    bool isSigned, const std::string& invalidator) {
-    const std::uint64_t address = Allocate(length);
-    Store(address, length, value);
-    Open("IntReg", name);
-    Register(address, length, access);
-    if (!invalidator.empty()) {
-        Line("pInvalidator", invalidator);
-    }
-    Line("Sign", isSigned ? "Signed" : "Unsigned");
-    Line("Endianess", m_options.bigEndian ? "BigEndian" : "LittleEndian");
-    Close("IntReg");
-}
-
 void Writer::Head() {
-    m_camera.xml +=
-        "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-        "<RegisterDescription ModelName=\"Generated\" VendorName=\"Kolt\" ToolTip=\"Generated camera\" "
-        "StandardNameSpace=\"None\" SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\" "
-        "SchemaSubMinorVersion=\"0\" MajorVersion=\"1\" MinorVersion=\"0\" SubMinorVersion=\"0\" "
-        "ProductGuid=\"5C1E3A52-7A3B-4E68-9C11-0B6D7D1A2F01\" "
-        "VersionGuid=\"5C1E3A52-7A3B-4E68-9C11-0B6D7D1A2F02\" "
-        "xmlns=\"http://www.genicam.org/GenApi/Version_1_1\">\n";
+    m_xml += "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+             "<RegisterDescription ModelName=\"Generated\" VendorName=\"Kolt\" ToolTip=\"Generated camera\" "
+             "StandardNameSpace=\"None\" SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\" "
+             "SchemaSubMinorVersion=\"0\" MajorVersion=\"1\" MinorVersion=\"0\" SubMinorVersion=\"0\" "
+             "ProductGuid=\"5C1E3A52-7A3B-4E68-9C11-0B6D7D1A2F01\" "
+             "VersionGuid=\"5C1E3A52-7A3B-4E68-9C11-0B6D7D1A2F02\" "
+             "xmlns=\"http://www.genicam.org/GenApi/Version_1_1\">\n";
     // Both are 0: parameters are not locked, and nothing is running.
     IntReg("TLParamsLockedReg", 4, 0);
     Open("Integer", "TLParamsLocked");
@@ -175,7 +97,7 @@ void Writer::Head() {
 void Writer::Tail(const std::vector<Category>& categories) {
     Open("Port", "Device");
     Close("Port");
-    m_camera.xml += "<Category Name=\"Root\" NameSpace=\"Standard\">\n";
+    m_xml += "<Category Name=\"Root\" NameSpace=\"Standard\">\n";
     for (const Category& category : categories) {
         Line("pFeature", category.name);
     }
@@ -184,7 +106,7 @@ void Writer::Tail(const std::vector<Category>& categories) {
     Open("Category", "TransportLayerControl");
     Line("pFeature", "TLParamsLocked");
     Close("Category");
-    m_camera.xml += "</RegisterDescription>\n";
+    m_xml += "</RegisterDescription>\n";
 }
 
 void Writer::Selector(Category& category) {
@@ -194,7 +116,7 @@ void Writer::Selector(Category& category) {
     Describe(category.selector, 0);
     for (std::uint32_t i = 0; i < kSelectorEntries; ++i) {
         const std::string entry = category.name + "Channel" + std::to_string(i);
-        m_camera.xml += "<EnumEntry Name=\"" + entry + "\">\n";
+        m_xml += "<EnumEntry Name=\"" + entry + "\">\n";
         Line("ToolTip", "Channel " + std::to_string(i) + " of " + category.name);
         Line("Value", i);
         Close("EnumEntry");
@@ -218,7 +140,7 @@ void Writer::BeginCategory(Category& category, std::size_t number) {
     IntReg(category.mask, 4, 0x77, "RO", false, category.selector + "Reg");
     for (std::uint32_t bit = 0; bit < 8; ++bit) {
         Open("IntSwissKnife", category.mask + std::to_string(bit));
-        m_camera.xml += "<pVariable Name=\"MASK\">" + category.mask + "</pVariable>\n";
+        Variable("MASK", category.mask);
         Line("Formula", "(MASK &gt;&gt; " + std::to_string(bit) + ") &amp; 1");
         Close("IntSwissKnife");
     }
@@ -306,13 +228,9 @@ void Writer::SelectedInteger(Category& category) {
     }
     Open("IntReg", feature.name);
     Describe(feature.name, 1);
-    Hex("Address", base);
-    m_camera.xml += "<pIndex Offset=\"8\">" + category.selector + "</pIndex>\n";
-    Line("Length", "4");
-    Line("AccessMode", "RW");
-    Line("pPort", "Device");
-    Line("Sign", "Unsigned");
-    Line("Endianess", m_options.bigEndian ? "BigEndian" : "LittleEndian");
+    m_xml += "<pIndex Offset=\"8\">" + category.selector + "</pIndex>\n";
+    Register(base, 4, "RW");
+    SignAndEndianess(false);
     Close("IntReg");
 }
 
@@ -325,7 +243,7 @@ void Writer::IndexedInteger(Category& category) {
         Store(base + 4 * i, 4, 7 * i + 2);
     }
     Open("IntSwissKnife", feature.name + "Address");
-    m_camera.xml += "<pVariable Name=\"SEL\">" + category.selector + "</pVariable>\n";
+    Variable("SEL", category.selector);
     char formula[40];
     std::snprintf(formula, sizeof formula, "0x%llX + SEL * 4", static_cast<unsigned long long>(base));
     Line("Formula", formula);
@@ -335,8 +253,7 @@ void Writer::IndexedInteger(Category& category) {
     Line("Length", "4");
     Line("AccessMode", "RW");
     Line("pPort", "Device");
-    Line("Sign", "Unsigned");
-    Line("Endianess", m_options.bigEndian ? "BigEndian" : "LittleEndian");
+    SignAndEndianess(false);
     Close("IntReg");
     Open("Integer", feature.name);
     Describe(feature.name, 1);
@@ -367,8 +284,8 @@ void Writer::ComputedInteger(Category& category) {
     IntReg(a, 4, 1 + Random(1000), "RO");
     Open("IntSwissKnife", feature.name);
     Describe(feature.name, Random(3));
-    m_camera.xml += "<pVariable Name=\"FACTOR\">" + a + "</pVariable>\n";
-    m_camera.xml += "<pVariable Name=\"SIZE\">PixelSizeReg</pVariable>\n";
+    Variable("FACTOR", a);
+    Variable("SIZE", "PixelSizeReg");
     Line("Formula", "(FACTOR &lt;= 500) ? FACTOR * SIZE / 8 : (FACTOR &amp; 0xFF) + 500");
     Line("Unit", "Byte");
     Close("IntSwissKnife");
@@ -376,7 +293,7 @@ void Writer::ComputedInteger(Category& category) {
 
 void Writer::MaskedPair(Category& category) {
     const std::uint64_t address = Allocate(4);
-    Store(address, 4, m_options.bigEndian ? 0x00A50017 : 0x001700A5);
+    Store(address, 4, m_bigEndian ? 0x00A50017 : 0x001700A5);
     for (int half = 0; half < 2; ++half) {
         GeneratedFeature& feature = Feature(category, "Field", FeatureKind::Integer);
         Open("MaskedIntReg", feature.name);
@@ -385,10 +302,9 @@ void Writer::MaskedPair(Category& category) {
         // Bit 0 is the most significant one of a big-endian register, and the least significant one of the
         // other.
         const std::uint64_t low = half == 0 ? 0 : 16;
-        Line("LSB", m_options.bigEndian ? low + 15 : low);
-        Line("MSB", m_options.bigEndian ? low : low + 15);
-        Line("Sign", half == 0 ? "Unsigned" : "Signed");
-        Line("Endianess", m_options.bigEndian ? "BigEndian" : "LittleEndian");
+        Line("LSB", m_bigEndian ? low + 15 : low);
+        Line("MSB", m_bigEndian ? low : low + 15);
+        SignAndEndianess(half != 0);
         Close("MaskedIntReg");
         feature.valueRegister = feature.name;
     }
@@ -430,7 +346,7 @@ void Writer::RegisterFloat(Category& category) {
     Store(address, length, bits);
     Open("FloatReg", feature.valueRegister);
     Register(address, length, "RW");
-    Line("Endianess", m_options.bigEndian ? "BigEndian" : "LittleEndian");
+    Endianess();
     Close("FloatReg");
     Open("Float", feature.name);
     Describe(feature.name, Random(2));
@@ -449,18 +365,14 @@ void Writer::ComputedFloat(Category& category) {
     const std::uint64_t address = Allocate(4);
     Store(address, 4, 400 + Random(200));
     Open("IntReg", raw);
-    Hex("Address", address);
-    Line("Length", "4");
-    Line("AccessMode", "RO");
-    Line("pPort", "Device");
+    Register(address, 4, "RO");
     Line("Cachable", "NoCache");
     Line("PollingTime", "1000");
-    Line("Sign", "Unsigned");
-    Line("Endianess", m_options.bigEndian ? "BigEndian" : "LittleEndian");
+    SignAndEndianess(false);
     Close("IntReg");
     Open("SwissKnife", feature.name);
     Describe(feature.name, 1);
-    m_camera.xml += "<pVariable Name=\"RAW\">" + raw + "</pVariable>\n";
+    Variable("RAW", raw);
     Line("Formula", "RAW / 10.0 - 12.5");
     Line("Unit", "C");
     Close("SwissKnife");
@@ -475,7 +387,7 @@ void Writer::Enumeration(Category& category) {
     Describe(feature.name, Random(3));
     Conditions(category, feature, true);
     for (std::uint32_t i = 0; i < entries; ++i) {
-        m_camera.xml += "<EnumEntry Name=\"Choice" + std::to_string(i) + "\">\n";
+        m_xml += "<EnumEntry Name=\"Choice" + std::to_string(i) + "\">\n";
         Line("ToolTip", "Choice " + std::to_string(i));
         // The entry that the register holds must be there; the last one may be missing.
         if (i + 1 == entries && entries > 3 && Random(2) == 0) {
@@ -498,8 +410,7 @@ void Writer::Boolean(Category& category) {
     Open("MaskedIntReg", feature.valueRegister);
     Register(address, 4, "RW");
     Line("Bit", Random(32));
-    Line("Sign", "Unsigned");
-    Line("Endianess", m_options.bigEndian ? "BigEndian" : "LittleEndian");
+    SignAndEndianess(false);
     Close("MaskedIntReg");
     Open("Boolean", feature.name);
     Describe(feature.name, Random(2));
@@ -527,7 +438,7 @@ void Writer::String(Category& category) {
     GeneratedFeature& feature = Feature(category, "Text", FeatureKind::String);
     const std::uint64_t address = Allocate(32);
     const std::string text = "Text " + std::to_string(m_camera.features.size());
-    std::memcpy(&m_camera.memory[address], text.data(), text.size());
+    std::memcpy(&m_memory[address], text.data(), text.size());
     Open("StringReg", feature.name);
     Describe(feature.name, 0);
     Register(address, 32, "RW");
@@ -539,7 +450,7 @@ void Writer::RawRegister(Category& category) {
     GeneratedFeature& feature = Feature(category, "Block", FeatureKind::Register);
     const std::uint64_t address = Allocate(64);
     for (std::size_t i = 0; i < 64; ++i) {
-        m_camera.memory[address + i] = static_cast<std::uint8_t>(i * 3);
+        m_memory[address + i] = static_cast<std::uint8_t>(i * 3);
     }
     Open("Register", feature.name);
     Describe(feature.name, 2);
@@ -567,7 +478,7 @@ void Writer::AddFeature(Category& category, std::uint32_t kind) {
 }
 
 GeneratedCamera Writer::Run() {
-    m_camera.xml.reserve(m_options.features * 800 + 4096);
+    m_xml.reserve(m_options.features * 800 + 4096);
     // The methods hold references to the feature that they write.
     m_camera.features.reserve(m_options.features + 2 * kFeaturesPerCategory);
     Head();
@@ -584,6 +495,8 @@ GeneratedCamera Writer::Run() {
         EndCategory(category);
     }
     Tail(categories);
+    m_camera.xml = std::move(m_xml);
+    m_camera.memory = std::move(m_memory);
     return std::move(m_camera);
 }
 

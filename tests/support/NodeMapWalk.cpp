@@ -66,8 +66,7 @@ private:
             Expect(exception.GetDescription() != nullptr && *exception.GetDescription() != '\0',
                    "no description");
             m_lastText = exception.GetDescription();
-            if (!NamesANode(m_lastText) &&
-                (m_options.portFailure.empty() || m_lastText != m_options.portFailure)) {
+            if (!NamesANode(m_lastText)) {
                 Surprise(std::string(what) + " failed without naming a node: " + m_lastText);
             }
         } catch (const std::exception& exception) {
@@ -79,13 +78,13 @@ private:
     }
 
     bool NamesANode(const std::string& text) const {
-        if (text.find(m_name) != std::string::npos) {
-            return true;
-        }
+        const auto names = [&](const std::string& name) {
+            return text.find("node '" + name + "'") != std::string::npos;
+        };
         // The fault may lie in a node behind this one.
-        return std::any_of(m_known.begin(), m_known.end(), [&](INode* node) {
-            return node != nullptr && text.find(node->GetName().c_str()) != std::string::npos;
-        });
+        return names(m_name) || std::any_of(m_known.begin(), m_known.end(), [&](INode* node) {
+                   return node != nullptr && names(node->GetName().c_str());
+               });
     }
 
     template<class List>

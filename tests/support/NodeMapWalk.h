@@ -27,8 +27,6 @@ struct WalkOptions {
     bool write = false; // also writes back each value that was read, and executes commands
     std::size_t maxNodes = ~std::size_t{0};
     std::size_t maxSurprises = 20;
-    // Text of the port's own failures. They come through the map as they are, so they name no node.
-    std::string portFailure;
 };
 
 WalkReport WalkNodeMap(GenApi_3_0::INodeMap& map, const WalkOptions& options = {});

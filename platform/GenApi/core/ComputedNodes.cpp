@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-
-#include "core/RegisterNumbers.h"
 
 namespace genapi {
 
@@ -12,13 +9,11 @@ using namespace GenApi_3_0;
 
 namespace {
 
-constexpr std::int64_t smallestInteger = std::numeric_limits<std::int64_t>::min();
-constexpr std::int64_t largestInteger = std::numeric_limits<std::int64_t>::max();
-constexpr double largestFloat = std::numeric_limits<double>::max();
+constexpr double largestFloat = NumberOf<double>::largest;
 
-[[noreturn]] void throwComputed(const Node& node) {
-    throw ACCESS_EXCEPTION("%s can't be written: it is worked out by a formula", node.label().c_str());
-}
+template<class T>
+constexpr Formula::Arithmetic arithmeticOf =
+    std::is_same_v<T, double> ? Formula::Arithmetic::Float : Formula::Arithmetic::Integer;
 
 bool compiles(Node& owner, const FormulaNames& names, std::initializer_list<NodeFormula*> formulas,
               Formula::Arithmetic arithmetic) {
@@ -32,242 +27,149 @@ bool compiles(Node& owner, const FormulaNames& names, std::initializer_list<Node
     }
 }
 
+template<class T>
+T evaluate(NodeFormula& formula, Node& owner, const FormulaNames& names, Reading how, T input = 0) {
+    if constexpr (std::is_same_v<T, double>)
+        return formula.floating(owner, names, how, input);
+    else
+        return formula.integer(owner, names, how, input);
+}
+
 } // namespace
 
-// IntSwissKnife
+// Swiss knives
 
-void IntSwissKnifeNode::link(Linker& linker, const Property& property) {
+template<class T>
+void KnifeNode<T>::link(Linker& linker, const Property& property) {
     if (!m_names.link(*this, linker, property))
         ValueNode::link(linker, property);
 }
 
-void IntSwissKnifeNode::linked(Linker& linker) {
+template<class T>
+void KnifeNode<T>::linked(Linker& linker) {
     ValueNode::linked(linker);
-    if (text(PropertyId::Formula).empty())
-        setFault("it has no Formula");
+    if (this->text(PropertyId::Formula).empty())
+        this->setFault("it has no Formula");
 }
 
-EAccessMode IntSwissKnifeNode::chainMode(Aspect) {
-    return Combine(RO, m_names.mode(neededMode));
+template<class T>
+EAccessMode KnifeNode<T>::chainMode(Aspect) {
+    return Combine(RO, m_names.mode(this->neededMode));
 }
 
-std::int64_t IntSwissKnifeNode::computeInteger(Reading how) {
-    return m_formula.integer(*this, m_names, how);
-}
-void IntSwissKnifeNode::storeInteger(std::int64_t, bool) {
-    throwComputed(*this);
-}
-std::int64_t IntSwissKnifeNode::ownMin() {
-    return smallestInteger;
-}
-std::int64_t IntSwissKnifeNode::ownMax() {
-    return largestInteger;
-}
-ERepresentation IntSwissKnifeNode::representation() {
-    return declaredRepresentation(*this);
+template<class T>
+T KnifeNode<T>::compute(Reading how) {
+    return evaluate<T>(m_formula, *this, m_names, how);
 }
 
-bool IntSwissKnifeNode::compile() {
-    return compiles(*this, m_names, {&m_formula}, Formula::Arithmetic::Integer);
+template<class T>
+void KnifeNode<T>::store(T value, bool) {
+    throw ACCESS_EXCEPTION("%s can't be %s: it is worked out by a formula", this->label().c_str(),
+                           writtenText(*this, value).c_str());
 }
 
-// SwissKnife
-
-void SwissKnifeNode::link(Linker& linker, const Property& property) {
-    if (!m_names.link(*this, linker, property))
-        ValueNode::link(linker, property);
+template<class T>
+bool KnifeNode<T>::compile() {
+    return compiles(*this, m_names, {&m_formula}, arithmeticOf<T>);
 }
 
-void SwissKnifeNode::linked(Linker& linker) {
-    ValueNode::linked(linker);
-    if (text(PropertyId::Formula).empty())
-        setFault("it has no Formula");
-}
-
-EAccessMode SwissKnifeNode::chainMode(Aspect) {
-    return Combine(RO, m_names.mode(neededMode));
-}
-
-double SwissKnifeNode::computeFloat(Reading how) {
-    return m_formula.floating(*this, m_names, how);
-}
-void SwissKnifeNode::storeFloat(double, bool) {
-    throwComputed(*this);
-}
-double SwissKnifeNode::ownMin() {
-    return -largestFloat;
-}
-double SwissKnifeNode::ownMax() {
-    return largestFloat;
-}
-ERepresentation SwissKnifeNode::representation() {
-    return declaredRepresentation(*this);
-}
-EDisplayNotation SwissKnifeNode::displayNotation() {
-    return declaredNotation(*this);
-}
-std::int64_t SwissKnifeNode::displayPrecision() {
-    return declaredPrecision(*this);
-}
-
-bool SwissKnifeNode::compile() {
-    return compiles(*this, m_names, {&m_formula}, Formula::Arithmetic::Float);
-}
+template class KnifeNode<std::int64_t>;
+template class KnifeNode<double>;
 
 // What converters share
 
-bool ConverterParts::link(Node& owner, Linker& linker, const Property& property) {
-    switch (property.id) {
-    case PropertyId::pValue:
-        value = linker.number(owner, property);
-        return true;
-    case PropertyId::Slope:
-        varying = property.text == "Varying";
-        return true;
-    default:
-        return names.link(owner, linker, property);
-    }
-}
-
-void ConverterParts::linked(Node& owner) const {
-    if (value == nullptr)
-        owner.setFault("pValue is missing");
-    if (owner.text(PropertyId::FormulaFrom).empty())
-        owner.setFault("it has no FormulaFrom");
-}
-
-void ConverterParts::children(std::vector<Node*>& all) const {
-    if (value != nullptr)
-        all.push_back(value);
-    names.children(all);
-}
-
-EAccessMode ConverterParts::mode(Aspect aspect, EAccessMode (*needed)(Node&)) const {
-    return Combine(value->mode(aspect), names.mode(needed));
-}
-
-void ConverterParts::limits(Node& owner, NodeFormula& from, double& first, double& second) const {
-    first = from.floating(owner, names, {}, value->minFloat());
-    second = from.floating(owner, names, {}, value->maxFloat());
-}
-
-// IntConverter
-
-void IntConverterNode::link(Linker& linker, const Property& property) {
-    if (!m_parts.link(*this, linker, property))
+template<class T>
+void ConversionNode<T>::link(Linker& linker, const Property& property) {
+    if (property.id == PropertyId::pValue)
+        m_value = linker.number(*this, property);
+    else if (property.id == PropertyId::Slope)
+        m_varying = property.text == "Varying";
+    else if (!m_names.link(*this, linker, property))
         ValueNode::link(linker, property);
 }
 
-void IntConverterNode::linked(Linker& linker) {
+template<class T>
+void ConversionNode<T>::linked(Linker& linker) {
     ValueNode::linked(linker);
-    m_parts.linked(*this);
+    if (m_value == nullptr)
+        this->setFault("pValue is missing");
+    if (this->text(PropertyId::FormulaFrom).empty())
+        this->setFault("it has no FormulaFrom");
 }
 
-EAccessMode IntConverterNode::chainMode(Aspect aspect) {
-    return m_parts.mode(aspect, neededMode);
+template<class T>
+void ConversionNode<T>::valueChildren(std::vector<Node*>& children) const {
+    if (m_value != nullptr)
+        children.push_back(m_value);
+    m_names.children(children);
 }
 
-std::int64_t IntConverterNode::computeInteger(Reading how) {
-    return m_from.integer(*this, m_parts.names, how, m_parts.value->readInteger(how));
+template<class T>
+EAccessMode ConversionNode<T>::chainMode(Aspect aspect) {
+    return Combine(m_value->mode(aspect), m_names.mode(this->neededMode));
 }
 
-void IntConverterNode::storeInteger(std::int64_t value, bool verify) {
-    m_parts.value->writeInteger(m_to.integer(*this, m_parts.names, {}, value), verify);
+template<class T>
+T ConversionNode<T>::converted(T behind, Reading how) {
+    return evaluate(m_from, *this, m_names, how, behind);
 }
+
+template<class T>
+T ConversionNode<T>::compute(Reading how) {
+    return converted(NumberOf<T>::read(*m_value, how), how);
+}
+
+template<class T>
+void ConversionNode<T>::store(T value, bool verify) {
+    NumberOf<T>::write(*m_value, evaluate(m_to, *this, m_names, {}, value), verify);
+}
+
+template<class T>
+bool ConversionNode<T>::limits(NodeFormula& from, double& first, double& second) {
+    if (m_varying)
+        return false;
+    first = from.floating(*this, m_names, {}, m_value->minFloat());
+    second = from.floating(*this, m_names, {}, m_value->maxFloat());
+    return !std::isnan(first) && !std::isnan(second);
+}
+
+template<class T>
+bool ConversionNode<T>::compile() {
+    return compiles(*this, m_names, {&m_from, &m_to}, arithmeticOf<T>);
+}
+
+template class ConversionNode<std::int64_t>;
+template class ConversionNode<double>;
+
+// Ranges of converters
 
 std::int64_t IntConverterNode::end(bool upper) {
-    const std::int64_t beyond = upper ? largestInteger : smallestInteger;
     double first = 0;
     double second = 0;
-    if (m_parts.varying)
-        return beyond;
-    m_parts.limits(*this, m_range, first, second);
-    if (std::isnan(first) || std::isnan(second))
-        return beyond;
+    if (!limits(m_range, first, second))
+        return upper ? NumberOf<std::int64_t>::largest : NumberOf<std::int64_t>::smallest;
     // The range in floats tells which end is which and whether it fits; the exact number is the integer
     // formula's.
     const bool useFirst = upper ? first > second : first <= second;
+    const double ending = useFirst ? first : second;
     std::int64_t rounded = 0;
-    if (!roundToInteger(useFirst ? first : second, rounded))
-        return (useFirst ? first : second) > 0 ? largestInteger : smallestInteger;
-    const std::int64_t raw = useFirst ? m_parts.value->minInteger() : m_parts.value->maxInteger();
-    return m_from.integer(*this, m_parts.names, {}, raw);
-}
-
-std::int64_t IntConverterNode::ownMin() {
-    return end(false);
-}
-std::int64_t IntConverterNode::ownMax() {
-    return end(true);
-}
-ERepresentation IntConverterNode::representation() {
-    return declaredRepresentation(*this);
-}
-std::string_view IntConverterNode::unit() {
-    return text(PropertyId::Unit);
-}
-
-bool IntConverterNode::compile() {
-    return compiles(*this, m_parts.names, {&m_from, &m_to}, Formula::Arithmetic::Integer);
-}
-
-// Converter
-
-void ConverterNode::link(Linker& linker, const Property& property) {
-    if (!m_parts.link(*this, linker, property))
-        ValueNode::link(linker, property);
-}
-
-void ConverterNode::linked(Linker& linker) {
-    ValueNode::linked(linker);
-    m_parts.linked(*this);
-}
-
-EAccessMode ConverterNode::chainMode(Aspect aspect) {
-    return m_parts.mode(aspect, neededMode);
-}
-
-double ConverterNode::computeFloat(Reading how) {
-    return m_from.floating(*this, m_parts.names, how, m_parts.value->readFloat(how));
-}
-
-void ConverterNode::storeFloat(double value, bool verify) {
-    m_parts.value->writeFloat(m_to.floating(*this, m_parts.names, {}, value), verify);
+    if (!roundToInteger(ending, rounded))
+        return ending > 0 ? NumberOf<std::int64_t>::largest : NumberOf<std::int64_t>::smallest;
+    return converted(useFirst ? behind().minInteger() : behind().maxInteger());
 }
 
 double ConverterNode::ownMin() {
     double first = 0;
     double second = 0;
-    if (!m_parts.varying)
-        m_parts.limits(*this, m_from, first, second);
-    const bool unknown = m_parts.varying || std::isnan(first) || std::isnan(second);
-    return unknown ? -largestFloat : std::clamp(std::min(first, second), -largestFloat, largestFloat);
+    return limits(from(), first, second) ? std::clamp(std::min(first, second), -largestFloat, largestFloat)
+                                         : -largestFloat;
 }
 
 double ConverterNode::ownMax() {
     double first = 0;
     double second = 0;
-    if (!m_parts.varying)
-        m_parts.limits(*this, m_from, first, second);
-    const bool unknown = m_parts.varying || std::isnan(first) || std::isnan(second);
-    return unknown ? largestFloat : std::clamp(std::max(first, second), -largestFloat, largestFloat);
-}
-
-ERepresentation ConverterNode::representation() {
-    return declaredRepresentation(*this);
-}
-std::string_view ConverterNode::unit() {
-    return text(PropertyId::Unit);
-}
-EDisplayNotation ConverterNode::displayNotation() {
-    return declaredNotation(*this);
-}
-std::int64_t ConverterNode::displayPrecision() {
-    return declaredPrecision(*this);
-}
-
-bool ConverterNode::compile() {
-    return compiles(*this, m_parts.names, {&m_from, &m_to}, Formula::Arithmetic::Float);
+    return limits(from(), first, second) ? std::clamp(std::max(first, second), -largestFloat, largestFloat)
+                                         : largestFloat;
 }
 
 } // namespace genapi

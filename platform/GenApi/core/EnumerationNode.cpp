@@ -89,7 +89,7 @@ void EnumEntryNode::fromText(const std::string&, bool) {
 
 EnumerationNode::EnumerationNode(NodeMap& map, const NodeRecord& record, const Property* properties,
                                  std::uint32_t index)
-    : ValueNode(map, record, properties, index) {}
+    : BackedNode(map, record, properties, index) {}
 
 void EnumerationNode::GetSymbolics(StringList_t& Symbolics) {
     Symbolics.clear();
@@ -107,7 +107,7 @@ void EnumerationNode::GetEntries(NodeList_t& Entries) {
 void EnumerationNode::SetIntValue(int64_t Value, bool Verify) {
     const Operation operation(map());
     if (Verify)
-        requireWritable();
+        requireWritable(Value);
     writeInteger(Value, Verify);
 }
 
@@ -132,42 +132,17 @@ IEnumEntry* EnumerationNode::GetCurrentEntry(bool Verify, bool IgnoreCache) {
 }
 
 void EnumerationNode::link(Linker& linker, const Property& property) {
-    switch (property.id) {
-    case PropertyId::Value:
-        linker.constant(*this, property, m_value);
-        break;
-    case PropertyId::pValue:
-        linker.reference(*this, property, m_value);
-        break;
-    case PropertyId::pEnumEntry: {
-        Node* named = linker.ifThere(property.text);
-        if (named == nullptr || named->kind() != NodeKind::EnumEntry) {
-            setFault("pEnumEntry names '" + std::string(property.text) + "', which is no entry");
-            break;
-        }
-        m_entries.push_back(static_cast<EnumEntryNode*>(named));
-        linker.depends(*this, *named);
-        break;
+    if (property.id != PropertyId::pEnumEntry) {
+        BackedNode::link(linker, property);
+        return;
     }
-    default:
-        ValueNode::link(linker, property);
-        break;
+    Node* named = linker.ifThere(property.text);
+    if (named == nullptr || named->kind() != NodeKind::EnumEntry) {
+        setFault("pEnumEntry names '" + std::string(property.text) + "', which is no entry");
+        return;
     }
-}
-
-void EnumerationNode::linked(Linker& linker) {
-    ValueNode::linked(linker);
-    if (!m_value.given)
-        setFault("it has neither Value nor pValue");
-}
-
-void EnumerationNode::valueChildren(std::vector<Node*>& children) const {
-    if (m_value.node != nullptr)
-        children.push_back(m_value.node);
-}
-
-EAccessMode EnumerationNode::chainMode(Aspect aspect) {
-    return m_value.node != nullptr ? m_value.node->mode(aspect) : RW;
+    m_entries.push_back(static_cast<EnumEntryNode*>(named));
+    linker.depends(*this, *named);
 }
 
 EnumEntryNode* EnumerationNode::entry(std::int64_t value) const {
@@ -193,14 +168,7 @@ EnumEntryNode& EnumerationNode::currentEntry(std::int64_t value) const {
 }
 
 std::int64_t EnumerationNode::readInteger(Reading how) {
-    if (valueCached() && !how.ignoreCache)
-        return m_cached.integer;
-    checkFault();
-    const Evaluation evaluation(*this, Evaluation::Value);
-    const CacheScope scope(map());
-    m_cached.integer = m_value.node != nullptr ? m_value.node->readInteger(how) : m_value.constant;
-    m_valueEpoch = scope.cacheable() ? map().epoch() : 0;
-    return m_cached.integer;
+    return cachedRead(m_cached.integer, how, [&] { return readBehind(how); });
 }
 
 double EnumerationNode::readFloat(Reading how) {
@@ -214,21 +182,14 @@ void EnumerationNode::writeInteger(std::int64_t value, bool verify) {
     if (verify) {
         EnumEntryNode* chosen = entry(value);
         if (chosen == nullptr)
-            throw INVALID_ARGUMENT_EXCEPTION("%s: value %lld belongs to none of its entries", label().c_str(),
-                                             static_cast<long long>(value));
+            throw INVALID_ARGUMENT_EXCEPTION("%s: value %lld belongs to none of its entries",
+                                             Evaluation::blame(*this).c_str(), static_cast<long long>(value));
         if (const char* refusal = chosen->refusal())
-            throw ACCESS_EXCEPTION("%s: entry '%s' (value %lld) can't be chosen: it is %s", label().c_str(),
-                                   std::string(chosen->symbolic()).c_str(), static_cast<long long>(value),
-                                   refusal);
+            throw ACCESS_EXCEPTION("%s: entry '%s' (value %lld) can't be chosen: it is %s",
+                                   Evaluation::blame(*this).c_str(), std::string(chosen->symbolic()).c_str(),
+                                   static_cast<long long>(value), refusal);
     }
-    const Evaluation evaluation(*this, Evaluation::Write);
-    if (m_value.node != nullptr) {
-        m_value.node->writeInteger(value, verify);
-        return;
-    }
-    m_value.constant = value;
-    drop();
-    map().changed(*this);
+    performWrite(*this, value, [&] { writeBehind(value, verify); });
 }
 
 void EnumerationNode::writeFloat(double value, bool verify) {
@@ -261,6 +222,11 @@ std::int64_t EnumerationNode::entryValue(std::string_view symbolic) {
     if (named == nullptr)
         throw PROPERTY_EXCEPTION("%s has no entry '%s'", label().c_str(), std::string(symbolic).c_str());
     return named->value();
+}
+
+std::string_view EnumerationNode::entryName(std::int64_t value) {
+    const EnumEntryNode* named = entry(value);
+    return named != nullptr ? named->symbolic() : std::string_view();
 }
 
 std::string EnumerationNode::toText(bool, Reading how) {

@@ -1,8 +1,7 @@
 #pragma once
 /// A choice among named entries, and the entries.
 #include "GenApi/IEnumeration.h"
-#include "core/Linker.h"
-#include "core/ValueNode.h"
+#include "core/BackedNode.h"
 
 namespace genapi {
 
@@ -54,7 +53,7 @@ private:
     bool m_selfClearing = false;
 };
 
-class EnumerationNode final : public ValueNode, public GenApi_3_0::IEnumeration {
+class EnumerationNode final : public BackedNode, public GenApi_3_0::IEnumeration {
 public:
     EnumerationNode(NodeMap& map, const NodeRecord& record, const Property* properties, std::uint32_t index);
 
@@ -69,12 +68,10 @@ public:
 
     void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
         return type == GenApi_3_0::intfIEnumeration ? static_cast<GenApi_3_0::IEnumeration*>(this)
-                                                    : ValueNode::interfaceOf(type);
+                                                    : BackedNode::interfaceOf(type);
     }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfIEnumeration; }
     void link(Linker& linker, const Property& property) override;
-    void linked(Linker& linker) override;
-    void valueChildren(std::vector<Node*>& children) const override;
 
     std::int64_t readInteger(Reading how) override;
     /// The current entry's numeric value where it has one.
@@ -88,9 +85,9 @@ public:
     double maxFloat() override { return static_cast<double>(maxInteger()); }
     double incFloat() override { return 0; }
     std::int64_t entryValue(std::string_view symbolic) override;
+    std::string_view entryName(std::int64_t value) override;
 
 protected:
-    GenApi_3_0::EAccessMode chainMode(Aspect aspect) override;
     std::string toText(bool verify, Reading how) override;
     void fromText(const std::string& text, bool verify) override;
 
@@ -100,7 +97,6 @@ private:
     /// Throws OutOfRangeException for a value without an entry.
     EnumEntryNode& currentEntry(std::int64_t value) const;
 
-    IntegerSource m_value;
     std::vector<EnumEntryNode*> m_entries;
 };
 

@@ -68,6 +68,12 @@ void* Node::interfaceOf(EInterfaceType) {
 
 // Loading
 
+Node::Rare& Node::rare() {
+    if (!m_rare)
+        m_rare = std::make_unique<Rare>();
+    return *m_rare;
+}
+
 void Node::link(Linker& linker, const Property& property) {
     switch (property.id) {
     case PropertyId::pIsImplemented:
@@ -80,7 +86,11 @@ void Node::link(Linker& linker, const Property& property) {
         m_pIsLocked = linker.number(*this, property);
         break;
     case PropertyId::pBlockPolling:
-        m_pBlockPolling = linker.number(*this, property);
+        rare().pBlockPolling = linker.number(*this, property);
+        break;
+    case PropertyId::pError:
+        if (Node* named = linker.ifThere(property.text); named != nullptr && isNumber(named->kind()))
+            rare().errors.push_back(named);
         break;
     case PropertyId::pInvalidator:
         if (Node* source = linker.ifThere(property.text))
@@ -184,10 +194,11 @@ void Node::requireReadable() {
         throw ACCESS_EXCEPTION("%s can't be read: %s", label().c_str(), reason(now));
 }
 
-void Node::requireWritable() {
+void Node::requireWritable(const Written& written) {
     const EAccessMode now = mode(Aspect::Full);
     if (!IsWritable(now))
-        throw ACCESS_EXCEPTION("%s can't be written: %s", label().c_str(), reason(now));
+        throw ACCESS_EXCEPTION("%s can't be %s: %s", label().c_str(), writtenText(*this, written).c_str(),
+                               reason(now));
 }
 
 // Values
@@ -238,22 +249,50 @@ const std::vector<std::int64_t>* Node::validIntegers() {
 const std::vector<double>* Node::validFloats() {
     return nullptr;
 }
+
+// How a node's number is to be shown
+
 ERepresentation Node::representation() {
+    const std::string_view given = text(PropertyId::Representation);
+    for (const auto& [text, representation] : {std::pair{"Linear", Linear},
+                                               {"Logarithmic", Logarithmic},
+                                               {"Boolean", Boolean},
+                                               {"PureNumber", PureNumber},
+                                               {"HexNumber", HexNumber},
+                                               {"IPV4Address", IPV4Address},
+                                               {"MACAddress", MACAddress}})
+        if (given == text)
+            return representation;
     return _UndefinedRepresentation;
 }
+
 std::string_view Node::unit() {
-    return {};
+    return text(PropertyId::Unit);
 }
+
 EDisplayNotation Node::displayNotation() {
+    const std::string_view given = text(PropertyId::DisplayNotation);
+    for (const auto& [text, notation] :
+         {std::pair{"Automatic", fnAutomatic}, {"Fixed", fnFixed}, {"Scientific", fnScientific}})
+        if (given == text)
+            return notation;
     return _UndefinedEDisplayNotation;
 }
+
 std::int64_t Node::displayPrecision() {
-    return -1;
+    std::int64_t precision = -1;
+    return parseInteger(text(PropertyId::DisplayPrecision), precision) && precision >= 0 ? precision : -1;
 }
+
+// Entries
 
 std::int64_t Node::entryValue(std::string_view symbolic) {
     throw PROPERTY_EXCEPTION("%s has no entry '%s': it is of the kind %s", label().c_str(),
                              std::string(symbolic).c_str(), std::string(KindName(m_kind)).c_str());
+}
+
+std::string_view Node::entryName(std::int64_t) {
+    return {};
 }
 
 std::int64_t Node::checkedInteger(Reading how) {
@@ -275,6 +314,41 @@ void Node::writeText(const std::string&, bool) {
 std::int64_t Node::maxTextLength() {
     throwNoText();
 }
+
+// Errors that the camera reports after a write
+
+namespace {
+
+/// Entries by which cameras say that all went well, where that isn't their number 0.
+bool meansNoError(std::string_view entry) {
+    for (const std::string_view word : {"NoError", "No_Error", "None", "Ok", "OK", "Success"})
+        if (entry == word)
+            return true;
+    return false;
+}
+
+} // namespace
+
+void Node::askForError(Node& error, const Written& written) {
+    const Evaluation evaluation(*this, Evaluation::Error, written);
+    if (!IsReadable(error.mode(Aspect::Readable)))
+        return;
+    const std::int64_t code = error.readInteger({true});
+    const std::string entry(error.entryName(code));
+    if (code == 0 || meansNoError(entry))
+        return;
+    std::vector<Node*> old = withValueChildren();
+    for (std::size_t i = 0, own = old.size(); i < own; ++i)
+        old[i]->addSharers(old);
+    for (Node* node : old)
+        node->drop();
+    m_map.changed(old);
+    throw RUNTIME_EXCEPTION("%s was %s, and %s reports error %lld%s", Evaluation::blame(*this).c_str(),
+                            writtenText(*this, written).c_str(), error.label().c_str(),
+                            static_cast<long long>(code), entry.empty() ? "" : (" '" + entry + "'").c_str());
+}
+
+void Node::addSharers(std::vector<Node*>&) const {}
 
 // Caches
 
@@ -313,7 +387,7 @@ std::int64_t Node::pollingTime() const {
 }
 
 void Node::poll() {
-    if (m_pBlockPolling == nullptr || !m_pBlockPolling->holds())
+    if (!m_rare || m_rare->pBlockPolling == nullptr || !m_rare->pBlockPolling->holds())
         invalidate();
 }
 

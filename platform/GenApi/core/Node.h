@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "Base/GCException.h"
@@ -23,6 +24,10 @@ class Linker;
 /// Which access mode is asked for. Readable leaves locks out: they never take away reading, and two features
 /// may lock each other without either mode depending on itself.
 enum class Aspect : std::uint8_t { Readable, Full };
+
+/// What is being written to a node, for texts that operators see; nothing for plain bytes and for commands. A
+/// text must outlive it.
+using Written = std::variant<std::monostate, std::int64_t, double, const std::string*>;
 
 struct Reading {
     bool ignoreCache = false;
@@ -105,7 +110,8 @@ public:
     // Access.
     GenApi_3_0::EAccessMode mode(Aspect aspect);
     void requireReadable();
-    void requireWritable();
+    /// `written`: what is to be written, for the text.
+    void requireWritable(const Written& written = {});
     /// Whether the condition that this node stands for is met; one that can't be read isn't.
     bool holds();
     bool locked();
@@ -127,6 +133,7 @@ public:
     /// Null when the valid values are no list.
     virtual const std::vector<std::int64_t>* validIntegers();
     virtual const std::vector<double>* validFloats();
+    // As the XML says of this node; undefined or empty when it doesn't.
     virtual GenApi_3_0::ERepresentation representation();
     virtual std::string_view unit();
     virtual GenApi_3_0::EDisplayNotation displayNotation();
@@ -134,6 +141,8 @@ public:
     virtual std::int64_t displayPrecision();
     /// The number of an enumeration's entry of that name; PropertyException when there is none.
     virtual std::int64_t entryValue(std::string_view symbolic);
+    /// The name of an enumeration's entry of that number; empty when there is none.
+    virtual std::string_view entryName(std::int64_t value);
     std::int64_t checkedInteger(Reading how = {});
     double checkedFloat(Reading how = {});
 
@@ -149,6 +158,16 @@ public:
     /// What the node's own description says; how it is with all that it stands on, GetCachingMode tells.
     virtual GenApi_3_0::ECachingMode ownCachingMode() const { return GenApi_3_0::WriteThrough; }
     std::int64_t pollingTime() const;
+    /// After a write that seemed to go well: asks the nodes that pError names. Where one reports an error,
+    /// forgets what was written and throws RuntimeException with the error's name and number. 0 is no error,
+    /// nor is an entry with a name such as "NoError"; a node that can't be read now tells nothing.
+    void checkError(const Written& written) {
+        if (m_rare)
+            for (Node* error : m_rare->errors)
+                askForError(*error, written);
+    }
+    /// Appends the nodes that may hold what was written to this one. For a register: those of the same bytes.
+    virtual void addSharers(std::vector<Node*>& nodes) const;
     /// Forgets all that was read.
     void drop() {
         m_valueEpoch = 0;
@@ -167,6 +186,10 @@ protected:
     /// For chains: what `needed` must allow so that a node that computes with it can be used.
     static GenApi_3_0::EAccessMode neededMode(Node& needed);
     bool valueCached() const;
+    /// What was read last while that counts, else what `compute` gives, which is kept where that is allowed.
+    /// `cached` is a member of m_cached. Defined with Evaluation, which it needs.
+    template<class T, class Compute>
+    T cachedRead(T& cached, Reading how, Compute compute);
 
     [[noreturn]] void throwNoNumber() const;
     [[noreturn]] void throwNoText() const;
@@ -183,7 +206,16 @@ private:
     friend class NodeMap;
     friend class Evaluation;
 
+    // What only few nodes have.
+    struct Rare {
+        Node* pBlockPolling = nullptr;
+        std::vector<Node*> errors; // by pError
+        std::vector<std::shared_ptr<GenApi_3_0::CNodeCallback>> callbacks;
+    };
+    Rare& rare();
+
     GenApi_3_0::EAccessMode computeMode(Aspect aspect);
+    void askForError(Node& error, const Written& written);
     [[noreturn]] void throwFault() const;
     Node* neighbour(PropertyId id) const;
     std::vector<Node*> withValueChildren();
@@ -195,15 +227,14 @@ private:
     Node* m_pIsImplemented = nullptr;
     Node* m_pIsAvailable = nullptr;
     Node* m_pIsLocked = nullptr;
-    Node* m_pBlockPolling = nullptr;
-    std::unique_ptr<std::vector<std::shared_ptr<GenApi_3_0::CNodeCallback>>> m_callbacks;
+    std::unique_ptr<Rare> m_rare; // made when first needed
     std::uint32_t m_propertyCount;
     std::uint32_t m_index;
     std::uint32_t m_modeEpoch[2] = {0, 0}; // by aspect: m_mode is valid when this is the map's mode epoch
     std::uint32_t m_visit = 0;             // the last walk over the dependents that came by
+    std::uint16_t m_busy = 0;              // bits of Evaluation::Step that are under way
     NodeKind m_kind;
     std::uint8_t m_mode[2] = {0, 0};
-    std::uint8_t m_busy = 0; // bits of Evaluation::Step that are under way
     std::uint8_t m_imposedByXml = GenApi_3_0::RW;
     std::uint8_t m_imposed = GenApi_3_0::RW;
     std::uint8_t m_visibility = GenApi_3_0::Beginner;

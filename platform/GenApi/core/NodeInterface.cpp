@@ -166,9 +166,7 @@ CallbackHandleType Node::RegisterCallback(CNodeCallback* pCallback) {
         throw INVALID_ARGUMENT_EXCEPTION("%s: no callback is given", label().c_str());
     std::shared_ptr<CNodeCallback> callback(pCallback);
     const Operation operation(m_map);
-    if (!m_callbacks)
-        m_callbacks = std::make_unique<std::vector<std::shared_ptr<CNodeCallback>>>();
-    m_callbacks->push_back(std::move(callback));
+    rare().callbacks.push_back(std::move(callback));
     m_map.countCallback(1);
     return pCallback;
 }
@@ -176,15 +174,16 @@ CallbackHandleType Node::RegisterCallback(CNodeCallback* pCallback) {
 bool Node::DeregisterCallback(CallbackHandleType hCallback) {
     std::shared_ptr<CNodeCallback> ended; // destroyed behind the lock: its end may call back into the map
     const Operation operation(m_map);
-    if (!m_callbacks)
+    if (!m_rare)
         return false;
-    const auto found =
-        std::find_if(m_callbacks->begin(), m_callbacks->end(),
-                     [hCallback](const auto& callback) { return callback.get() == hCallback; });
-    if (found == m_callbacks->end())
+    auto& callbacks = m_rare->callbacks;
+    const auto found = std::find_if(callbacks.begin(), callbacks.end(), [hCallback](const auto& callback) {
+        return callback.get() == hCallback;
+    });
+    if (found == callbacks.end())
         return false;
     ended = std::move(*found);
-    m_callbacks->erase(found);
+    callbacks.erase(found);
     m_map.countCallback(-1);
     return true;
 }

@@ -17,10 +17,6 @@ using GenICam_3_0::Version_t;
 
 namespace {
 
-constexpr int maxDepth = 200; // of nodes that depend on one another; cameras need some 20
-// Evaluations of one operation: without a bound, a chain of nodes that each ask the next one twice takes for
-// ever.
-constexpr int maxSteps = 10000;
 constexpr int maxCallbackRounds = 16; // of callbacks whose own writes call back again
 
 gcstring toGc(std::string_view text) {
@@ -136,8 +132,8 @@ void NodeMap::runCallbacks(std::vector<std::shared_ptr<CNodeCallback>>& ran) noe
             const std::size_t before = ran.size();
             for (Node* node : m_pendingCallbacks) {
                 node->m_pending = false;
-                if (node->m_callbacks)
-                    ran.insert(ran.end(), node->m_callbacks->begin(), node->m_callbacks->end());
+                if (node->m_rare)
+                    ran.insert(ran.end(), node->m_rare->callbacks.begin(), node->m_rare->callbacks.end());
             }
             m_pendingCallbacks.clear();
             for (std::size_t i = before; i < ran.size(); ++i) {
@@ -156,7 +152,7 @@ void NodeMap::runCallbacks(std::vector<std::shared_ptr<CNodeCallback>>& ran) noe
 }
 
 void NodeMap::noteChange(Node& node) {
-    if (node.m_pending || !node.m_callbacks || node.m_callbacks->empty())
+    if (node.m_pending || !node.m_rare || node.m_rare->callbacks.empty())
         return;
     m_pendingCallbacks.push_back(&node);
     node.m_pending = true;
@@ -362,47 +358,6 @@ void NodeMap::GetDeviceVersion(Version_t& Version) {
 void NodeMap::Destroy() {
     if (m_holds.fetch_sub(1, std::memory_order_acq_rel) == 1)
         delete this;
-}
-
-// Guards
-
-namespace {
-
-const char* stepName(Evaluation::Step step) {
-    switch (step) {
-    case Evaluation::Value:
-    case Evaluation::Write:
-        return "its value";
-    case Evaluation::Min:
-    case Evaluation::Max:
-        return "its range";
-    case Evaluation::Inc:
-        return "its increment";
-    case Evaluation::Address:
-        return "its address";
-    default:
-        return "its access mode";
-    }
-}
-
-} // namespace
-
-Evaluation::Evaluation(Node& node, Step step) : m_node(node), m_step(step) {
-    if ((node.m_busy & step) != 0)
-        throw RUNTIME_EXCEPTION("%s: %s depends on itself", node.label().c_str(), stepName(step));
-    if (node.map().m_depth >= maxDepth)
-        throw RUNTIME_EXCEPTION("%s is reached through more than %d other nodes", node.label().c_str(),
-                                maxDepth);
-    if (++node.map().m_steps > maxSteps)
-        throw RUNTIME_EXCEPTION("%s: more than %d nodes have to be asked for it", node.label().c_str(),
-                                maxSteps);
-    node.m_busy = static_cast<std::uint8_t>(node.m_busy | step);
-    ++node.map().m_depth;
-}
-
-Evaluation::~Evaluation() {
-    m_node.m_busy = static_cast<std::uint8_t>(m_node.m_busy & ~m_step);
-    --m_node.map().m_depth;
 }
 
 } // namespace genapi

@@ -18,6 +18,7 @@
 
 namespace genapi {
 
+class Evaluation;
 class PortNode;
 class RegisterNode;
 
@@ -124,6 +125,7 @@ private:
     std::uint32_t m_modeEpoch = 1;
     std::uint32_t m_visit = 0;
     int m_nesting = 0;
+    const Evaluation* m_evaluation = nullptr; // the innermost one under way
     int m_depth = 0;
     int m_steps = 0; // evaluations since the operation began
     int m_callbackCount = 0;

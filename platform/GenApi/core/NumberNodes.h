@@ -1,65 +1,64 @@
 #pragma once
 /// Integer and Float: the features that people see, in front of registers, formulas or numbers in the XML.
+#include <type_traits>
+
 #include "core/FloatInterface.h"
 #include "core/IntegerInterface.h"
 #include "core/ValueChoice.h"
 
 namespace genapi {
 
-class IntegerNode final : public IntegerInterface<ValueNode> {
+/// IntegerInterface or FloatInterface over Base.
+template<class T, class Base>
+using InterfaceFor =
+    std::conditional_t<std::is_same_v<T, double>, FloatInterface<Base>, IntegerInterface<Base>>;
+
+template<class T>
+class NumberNode : public InterfaceFor<T, ValueNode> {
+    using Number = NumberOf<T>;
+
 public:
-    using IntegerInterface::IntegerInterface;
+    using InterfaceFor<T, ValueNode>::InterfaceFor;
 
     void link(Linker& linker, const Property& property) override;
     void linked(Linker& linker) override;
     void valueChildren(std::vector<Node*>& children) const override { m_value.children(children); }
-    GenApi_3_0::ERepresentation representation() override;
-    std::string_view unit() override;
-    const std::vector<std::int64_t>* validIntegers() override;
-
-protected:
-    GenApi_3_0::EAccessMode chainMode(Aspect aspect) override;
-    std::int64_t computeInteger(Reading how) override;
-    void storeInteger(std::int64_t value, bool verify) override;
-    std::int64_t ownMin() override;
-    std::int64_t ownMax() override;
-    std::int64_t ownInc() override;
-
-private:
-    ValueChoice<std::int64_t> m_value;
-    IntegerSource m_min;
-    IntegerSource m_max;
-    IntegerSource m_inc;
-    std::vector<std::int64_t> m_valid;
-};
-
-class FloatNode final : public FloatInterface<ValueNode> {
-public:
-    using FloatInterface::FloatInterface;
-
-    void link(Linker& linker, const Property& property) override;
-    void linked(Linker& linker) override;
-    void valueChildren(std::vector<Node*>& children) const override { m_value.children(children); }
+    // What the node doesn't say of itself, it takes over from the one node behind it.
     GenApi_3_0::ERepresentation representation() override;
     std::string_view unit() override;
     GenApi_3_0::EDisplayNotation displayNotation() override;
     std::int64_t displayPrecision() override;
-    const std::vector<double>* validFloats() override;
 
 protected:
     GenApi_3_0::EAccessMode chainMode(Aspect aspect) override;
-    double computeFloat(Reading how) override;
-    void storeFloat(double value, bool verify) override;
-    double ownMin() override;
-    double ownMax() override;
-    double ownInc() override;
+    T compute(Reading how) override;
+    void store(T value, bool verify) override;
+    T ownMin() override;
+    T ownMax() override;
+    T ownInc() override;
+    /// The values that the XML lists, or else those of the node behind; null when there are none.
+    const std::vector<T>* validValues();
 
 private:
-    ValueChoice<double> m_value;
-    FloatSource m_min;
-    FloatSource m_max;
-    FloatSource m_inc;
-    std::vector<double> m_valid;
+    bool linkRange(Linker& linker, const Property& property);
+
+    ValueChoice<T> m_value;
+    Source<T> m_min;
+    Source<T> m_max;
+    Source<T> m_inc;
+    std::vector<T> m_valid;
+};
+
+class IntegerNode final : public NumberNode<std::int64_t> {
+public:
+    using NumberNode::NumberNode;
+    const std::vector<std::int64_t>* validIntegers() override { return validValues(); }
+};
+
+class FloatNode final : public NumberNode<double> {
+public:
+    using NumberNode::NumberNode;
+    const std::vector<double>* validFloats() override { return validValues(); }
 };
 
 } // namespace genapi

@@ -145,7 +145,9 @@ bool parseIntegers(std::string_view text, std::vector<std::int64_t>& values) {
 }
 
 bool parseFloats(std::string_view text, std::vector<double>& values) {
-    return parseList(text, values, parseFloat);
+    // Lists are sorted, in which a NaN has no place.
+    return parseList(text, values, parseFloat) &&
+           std::none_of(values.begin(), values.end(), [](double value) { return std::isnan(value); });
 }
 
 std::string formatInteger(std::int64_t value, GenApi_3_0::ERepresentation representation) {

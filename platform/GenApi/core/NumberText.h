@@ -19,7 +19,7 @@ bool parseFloat(std::string_view text, double& value);
 bool parseBoolean(std::string_view text, bool& value);
 /// parseInteger, and "a.b.c.d" and "aa:bb:cc:dd:ee:ff" where the representation is one of these.
 bool parseInteger(std::string_view text, GenApi_3_0::ERepresentation representation, std::int64_t& value);
-/// Numbers divided by blanks, commas or semicolons.
+/// Numbers divided by blanks, commas or semicolons; no NaN among them.
 bool parseIntegers(std::string_view text, std::vector<std::int64_t>& values);
 bool parseFloats(std::string_view text, std::vector<double>& values);
 

@@ -4,6 +4,8 @@
 
 #include "core/Evaluation.h"
 #include "core/Linker.h"
+#include "core/NumberText.h"
+#include "core/PortFailure.h"
 #include "core/RegisterNode.h"
 
 namespace genapi {
@@ -14,14 +16,14 @@ void PortNode::Read(void* pBuffer, int64_t Address, int64_t Length) {
     const Operation operation(map());
     requireReadable();
     checkRange(pBuffer, Address, Length);
-    read(pBuffer, Address, Length);
+    read(*this, pBuffer, Address, Length);
 }
 
 void PortNode::Write(const void* pBuffer, int64_t Address, int64_t Length) {
     const Operation operation(map());
     requireWritable();
     checkRange(pBuffer, Address, Length);
-    write(pBuffer, Address, Length);
+    write(*this, pBuffer, Address, Length);
     std::vector<RegisterNode*> touched;
     overlapping(Address, Length, touched);
     for (RegisterNode* node : touched) {
@@ -94,14 +96,33 @@ void PortNode::requireConnected() const {
         throw ACCESS_EXCEPTION("%s: no port is connected to it", label().c_str());
 }
 
-void PortNode::read(void* buffer, std::int64_t address, std::int64_t length) {
-    requireConnected();
-    m_port->Read(buffer, address, length);
+namespace {
+
+/// "node 'Width' can't be read: node 'WidthReg', reading 4 bytes at address 0x100: ".
+std::string accessText(const Node& asking, const char* access, std::int64_t address, std::int64_t length) {
+    return Evaluation::asked(asking) + access + ' ' + std::to_string(length) +
+           (length == 1 ? " byte" : " bytes") + " at address " + formatInteger(address, HexNumber) + ": ";
 }
 
-void PortNode::write(const void* buffer, std::int64_t address, std::int64_t length) {
+} // namespace
+
+void PortNode::read(const Node& asking, void* buffer, std::int64_t address, std::int64_t length) {
     requireConnected();
-    m_port->Write(buffer, address, length);
+    try {
+        m_port->Read(buffer, address, length);
+    } catch (const std::exception& failure) {
+        rethrowWith(failure, accessText(asking, "reading", address, length));
+    }
+}
+
+void PortNode::write(const Node& asking, const void* buffer, std::int64_t address, std::int64_t length) {
+    requireConnected();
+    try {
+        m_port->Write(buffer, address, length);
+    } catch (const std::exception& failure) {
+        rethrowWith(failure, accessText(asking, "writing", address, length));
+    }
+    checkError({});
 }
 
 bool PortNode::watch() {

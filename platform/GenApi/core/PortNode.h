@@ -29,9 +29,11 @@ public:
     /// Before the first use, after all registers were told.
     void sortRegisters();
 
-    /// Throw what the connected port throws.
-    void read(void* buffer, std::int64_t address, std::int64_t length);
-    void write(const void* buffer, std::int64_t address, std::int64_t length);
+    /// For `asking`, a register or the port itself. What the connected port throws of the published
+    /// exceptions keeps its class, file and line, and its text gets the names of the nodes before it; another
+    /// std::exception becomes a RuntimeException. Whatever else it throws passes as it is.
+    void read(const Node& asking, void* buffer, std::int64_t address, std::int64_t length);
+    void write(const Node& asking, const void* buffer, std::int64_t address, std::int64_t length);
     /// Asks the connected port for its mode, once for each operation; true when it is another than before.
     bool watch();
     /// The registers whose bytes lie, at least in part, in a range of addresses.

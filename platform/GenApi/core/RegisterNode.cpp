@@ -203,7 +203,7 @@ const std::uint8_t* RegisterNode::bytes(Reading how, std::int64_t length) {
         freshLarge = std::make_unique<std::uint8_t[]>(size);
         into = freshLarge.get();
     }
-    m_port->read(into, from, length);
+    m_port->read(*this, into, from, length);
     const bool news = held && std::memcmp(storage(length), into, size) != 0;
     if (freshLarge) {
         m_large = std::move(freshLarge);
@@ -243,7 +243,7 @@ void RegisterNode::writeBytes(const std::uint8_t* bytes, std::int64_t length) {
     const std::int64_t to = address();
     const bool whole = length == this->length();
     try {
-        m_port->write(bytes, to, length);
+        m_port->write(*this, bytes, to, length);
     } catch (...) {
         writeFailed(to, length);
         throw;
@@ -260,6 +260,14 @@ void RegisterNode::writeFailed(std::int64_t address, std::int64_t length) {
     for (Node* node : old)
         node->drop();
     map().changed(old);
+}
+
+void RegisterNode::addSharers(std::vector<Node*>& nodes) const {
+    if (m_port == nullptr)
+        return;
+    std::vector<RegisterNode*> sharers;
+    m_port->overlapping(m_heldAddress, m_heldLength, sharers);
+    nodes.insert(nodes.end(), sharers.begin(), sharers.end());
 }
 
 void RegisterNode::writeDone(std::int64_t address, const std::uint8_t* bytes, std::int64_t length,
@@ -305,8 +313,7 @@ void RegisterNode::Set(const uint8_t* pBuffer, int64_t Length, bool Verify) {
         throw INVALID_ARGUMENT_EXCEPTION("%s: %lld bytes can't be written to a register of %lld",
                                          label().c_str(), static_cast<long long>(Length),
                                          static_cast<long long>(own));
-    const Evaluation evaluation(*this, Evaluation::Write);
-    writeBytes(pBuffer, Length);
+    performWrite(*this, {}, [&] { writeBytes(pBuffer, Length); });
 }
 
 void RegisterNode::Get(uint8_t* pBuffer, int64_t Length, bool, bool IgnoreCache) {
@@ -348,8 +355,7 @@ void RegisterNode::fromText(const std::string& text, bool) {
     if (static_cast<std::int64_t>(bytes.size()) != own)
         throw OUT_OF_RANGE_EXCEPTION("%s: '%s' is not %lld bytes", label().c_str(), text.c_str(),
                                      static_cast<long long>(own));
-    const Evaluation evaluation(*this, Evaluation::Write);
-    writeBytes(bytes.data(), own);
+    performWrite(*this, {}, [&] { writeBytes(bytes.data(), own); });
 }
 
 } // namespace genapi

@@ -31,6 +31,7 @@ public:
     void link(Linker& linker, const Property& property) override;
     void linked(Linker& linker) override;
     GenApi_3_0::ECachingMode ownCachingMode() const override { return m_caching; }
+    void addSharers(std::vector<Node*>& nodes) const override;
 
     /// Whether the register, as it was last read, holds some of these bytes.
     bool holdsBytesOf(std::int64_t address, std::int64_t length) const;

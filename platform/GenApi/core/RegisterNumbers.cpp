@@ -30,35 +30,6 @@ std::uint64_t ones(unsigned count) {
 
 } // namespace
 
-ERepresentation declaredRepresentation(const Node& node) {
-    const std::string_view given = node.text(PropertyId::Representation);
-    for (const auto& [text, representation] : {std::pair{"Linear", Linear},
-                                               {"Logarithmic", Logarithmic},
-                                               {"Boolean", Boolean},
-                                               {"PureNumber", PureNumber},
-                                               {"HexNumber", HexNumber},
-                                               {"IPV4Address", IPV4Address},
-                                               {"MACAddress", MACAddress}})
-        if (given == text)
-            return representation;
-    return _UndefinedRepresentation;
-}
-
-EDisplayNotation declaredNotation(const Node& node) {
-    const std::string_view given = node.text(PropertyId::DisplayNotation);
-    for (const auto& [text, notation] :
-         {std::pair{"Automatic", fnAutomatic}, {"Fixed", fnFixed}, {"Scientific", fnScientific}})
-        if (given == text)
-            return notation;
-    return _UndefinedEDisplayNotation;
-}
-
-std::int64_t declaredPrecision(const Node& node) {
-    std::int64_t precision = -1;
-    return parseInteger(node.text(PropertyId::DisplayPrecision), precision) && precision >= 0 ? precision
-                                                                                              : -1;
-}
-
 // IntRegNode
 
 void IntRegNode::link(Linker& linker, const Property& property) {
@@ -123,7 +94,7 @@ std::uint64_t IntRegNode::raw(Reading how, std::int64_t length) {
     return assemble(bytes(how, length), length, endianess());
 }
 
-std::int64_t IntRegNode::computeInteger(Reading how) {
+std::int64_t IntRegNode::compute(Reading how) {
     const std::int64_t size = integerLength();
     const Bits where = bits(size);
     std::uint64_t value = raw(how, size) >> where.lowest & ones(where.count);
@@ -132,13 +103,14 @@ std::int64_t IntRegNode::computeInteger(Reading how) {
     return static_cast<std::int64_t>(value);
 }
 
-void IntRegNode::storeInteger(std::int64_t value, bool) {
+void IntRegNode::store(std::int64_t value, bool) {
     const std::int64_t size = integerLength();
     const Bits where = bits(size);
     // All 64 bits are a value; of fewer, what is cut off would be lost without a word.
     if (where.count < 64 && (value < ownMin() || value > ownMax()))
-        throw OUT_OF_RANGE_EXCEPTION("%s: value %lld doesn't fit into %u bits", label().c_str(),
-                                     static_cast<long long>(value), where.count);
+        throw OUT_OF_RANGE_EXCEPTION("%s: value %lld doesn't fit into %u bits",
+                                     Evaluation::blame(*this).c_str(), static_cast<long long>(value),
+                                     where.count);
     std::uint64_t all = static_cast<std::uint64_t>(value) & ones(where.count);
     if (where.count != static_cast<unsigned>(size) * 8) {
         // A register that can't be read holds commands, and the other bits' ones would give them again.
@@ -160,15 +132,7 @@ std::int64_t IntRegNode::ownMax() {
     return static_cast<std::int64_t>(ones(m_signed || count == 64 ? count - 1 : count));
 }
 
-ERepresentation IntRegNode::representation() {
-    return declaredRepresentation(*this);
-}
-
 // FloatRegNode
-
-void FloatRegNode::linked(Linker& linker) {
-    RegisterNode::linked(linker);
-}
 
 std::int64_t FloatRegNode::floatLength() {
     const std::int64_t size = length();
@@ -178,7 +142,7 @@ std::int64_t FloatRegNode::floatLength() {
     return size;
 }
 
-double FloatRegNode::computeFloat(Reading how) {
+double FloatRegNode::compute(Reading how) {
     const std::int64_t size = floatLength();
     const std::uint64_t raw = assemble(bytes(how, size), size, endianess());
     if (size == 8) {
@@ -192,15 +156,15 @@ double FloatRegNode::computeFloat(Reading how) {
     return static_cast<double>(value);
 }
 
-void FloatRegNode::storeFloat(double value, bool) {
+void FloatRegNode::store(double value, bool) {
     const std::int64_t size = floatLength();
     std::uint64_t raw = 0;
     if (size == 8) {
         std::memcpy(&raw, &value, sizeof value);
     } else {
         if (std::isfinite(value) && std::fabs(value) > static_cast<double>(FLT_MAX))
-            throw OUT_OF_RANGE_EXCEPTION("%s: value %s doesn't fit into a float of 4 bytes", label().c_str(),
-                                         formatFloat(value).c_str());
+            throw OUT_OF_RANGE_EXCEPTION("%s: value %s doesn't fit into a float of 4 bytes",
+                                         Evaluation::blame(*this).c_str(), formatFloat(value).c_str());
         const auto single = static_cast<float>(value);
         std::uint32_t half = 0;
         std::memcpy(&half, &single, sizeof half);
@@ -213,16 +177,6 @@ void FloatRegNode::storeFloat(double value, bool) {
 
 double FloatRegNode::ownMax() {
     return floatLength() == 8 ? DBL_MAX : static_cast<double>(FLT_MAX);
-}
-
-ERepresentation FloatRegNode::representation() {
-    return declaredRepresentation(*this);
-}
-EDisplayNotation FloatRegNode::displayNotation() {
-    return declaredNotation(*this);
-}
-std::int64_t FloatRegNode::displayPrecision() {
-    return declaredPrecision(*this);
 }
 
 } // namespace genapi

@@ -12,13 +12,11 @@ public:
 
     void link(Linker& linker, const Property& property) override;
     void linked(Linker& linker) override;
-    GenApi_3_0::ERepresentation representation() override;
-    std::string_view unit() override { return text(PropertyId::Unit); }
     const std::vector<std::int64_t>* validIntegers() override { return m_valid.empty() ? nullptr : &m_valid; }
 
 protected:
-    std::int64_t computeInteger(Reading how) override;
-    void storeInteger(std::int64_t value, bool verify) override;
+    std::int64_t compute(Reading how) override;
+    void store(std::int64_t value, bool verify) override;
     std::int64_t ownMin() override;
     std::int64_t ownMax() override;
     bool valueCacheValid() const override { return RegisterNode::valueCacheValid(); }
@@ -45,15 +43,9 @@ class FloatRegNode final : public FloatInterface<RegisterNode> {
 public:
     using FloatInterface::FloatInterface;
 
-    void linked(Linker& linker) override;
-    GenApi_3_0::ERepresentation representation() override;
-    std::string_view unit() override { return text(PropertyId::Unit); }
-    GenApi_3_0::EDisplayNotation displayNotation() override;
-    std::int64_t displayPrecision() override;
-
 protected:
-    double computeFloat(Reading how) override;
-    void storeFloat(double value, bool verify) override;
+    double compute(Reading how) override;
+    void store(double value, bool verify) override;
     double ownMin() override { return -ownMax(); }
     double ownMax() override;
     bool valueCacheValid() const override { return RegisterNode::valueCacheValid(); }
@@ -63,10 +55,5 @@ protected:
 private:
     std::int64_t floatLength();
 };
-
-// How a node says that its number is to be shown; undefined or -1 where it doesn't.
-GenApi_3_0::ERepresentation declaredRepresentation(const Node& node);
-GenApi_3_0::EDisplayNotation declaredNotation(const Node& node);
-std::int64_t declaredPrecision(const Node& node);
 
 } // namespace genapi

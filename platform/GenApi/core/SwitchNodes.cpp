@@ -11,12 +11,12 @@ using namespace GenApi_3_0;
 
 BooleanNode::BooleanNode(NodeMap& map, const NodeRecord& record, const Property* properties,
                          std::uint32_t index)
-    : ValueNode(map, record, properties, index) {}
+    : BackedNode(map, record, properties, index) {}
 
 void BooleanNode::SetValue(bool Value, bool Verify) {
     const Operation operation(map());
     if (Verify)
-        requireWritable();
+        requireWritable(std::int64_t{Value});
     write(Value, Verify);
 }
 
@@ -31,16 +31,9 @@ void BooleanNode::link(Linker& linker, const Property& property) {
     switch (property.id) {
     case PropertyId::Value: {
         std::int64_t number = 0;
-        if (parseInteger(property.text, number))
-            m_state = number != 0;
-        else
-            m_state = linker.yesNo(*this, property);
-        m_value.given = true;
+        setConstant(parseInteger(property.text, number) ? number != 0 : linker.yesNo(*this, property));
         break;
     }
-    case PropertyId::pValue:
-        linker.reference(*this, property, m_value);
-        break;
     case PropertyId::OnValue:
         m_on = linker.integer(*this, property);
         break;
@@ -48,47 +41,29 @@ void BooleanNode::link(Linker& linker, const Property& property) {
         m_off = linker.integer(*this, property);
         break;
     default:
-        ValueNode::link(linker, property);
+        BackedNode::link(linker, property);
         break;
     }
 }
 
 void BooleanNode::linked(Linker& linker) {
-    ValueNode::linked(linker);
-    if (!m_value.given)
-        setFault("it has neither Value nor pValue");
+    BackedNode::linked(linker);
     if (m_on == m_off)
         setFault("OnValue and OffValue are the same");
 }
 
-void BooleanNode::valueChildren(std::vector<Node*>& children) const {
-    if (m_value.node != nullptr)
-        children.push_back(m_value.node);
-}
-
-EAccessMode BooleanNode::chainMode(Aspect aspect) {
-    return m_value.node != nullptr ? m_value.node->mode(aspect) : RW;
-}
-
 std::int64_t BooleanNode::readInteger(Reading how) {
-    if (valueCached() && !how.ignoreCache)
-        return m_cached.integer;
-    checkFault();
-    const Evaluation evaluation(*this, Evaluation::Value);
-    const CacheScope scope(map());
-    if (m_value.node != nullptr) {
-        const std::int64_t number = m_value.node->readInteger(how);
+    return cachedRead(m_cached.integer, how, [&]() -> std::int64_t {
+        const std::int64_t number = readBehind(how);
+        if (behind() == nullptr)
+            return number;
         if (number != m_on && number != m_off)
             throw RUNTIME_EXCEPTION(
                 "%s: %s holds %lld, which is neither its OnValue %lld nor its OffValue %lld", label().c_str(),
-                m_value.node->label().c_str(), static_cast<long long>(number), static_cast<long long>(m_on),
+                behind()->label().c_str(), static_cast<long long>(number), static_cast<long long>(m_on),
                 static_cast<long long>(m_off));
-        m_cached.integer = number == m_on ? 1 : 0;
-    } else {
-        m_cached.integer = m_state ? 1 : 0;
-    }
-    m_valueEpoch = scope.cacheable() ? map().epoch() : 0;
-    return m_cached.integer;
+        return number == m_on ? 1 : 0;
+    });
 }
 
 void BooleanNode::writeInteger(std::int64_t value, bool verify) {
@@ -97,14 +72,9 @@ void BooleanNode::writeInteger(std::int64_t value, bool verify) {
 
 void BooleanNode::write(bool on, bool verify) {
     checkFault();
-    const Evaluation evaluation(*this, Evaluation::Write);
-    if (m_value.node != nullptr) {
-        m_value.node->writeInteger(on ? m_on : m_off, verify);
-        return;
-    }
-    m_state = on;
-    drop();
-    map().changed(*this);
+    const std::int64_t number = on ? 1 : 0;
+    const std::int64_t written = on ? m_on : m_off;
+    performWrite(*this, number, [&] { writeBehind(behind() != nullptr ? written : number, verify); });
 }
 
 std::string BooleanNode::toText(bool, Reading how) {
@@ -129,19 +99,19 @@ void CommandNode::Execute(bool Verify) {
 
 void CommandNode::execute(bool verify) {
     checkFault();
-    const Evaluation evaluation(*this, Evaluation::Write);
-    const std::int64_t command = m_command.get();
-    m_running = true;
-    if (m_value.node != nullptr) {
-        try {
-            m_value.node->writeInteger(command, verify);
-        } catch (...) {
-            m_running = false;
-            throw;
-        }
-        return; // the node behind it has told all who depend on it
+    try {
+        performWrite(*this, {}, [&] {
+            const std::int64_t command = m_command.get();
+            m_running = true;
+            if (behind() != nullptr)
+                writeBehind(command, verify);
+            else
+                map().changed(*this);
+        });
+    } catch (...) {
+        m_running = false;
+        throw;
     }
-    map().changed(*this);
 }
 
 bool CommandNode::IsDone(bool) {
@@ -153,9 +123,9 @@ bool CommandNode::IsDone(bool) {
 bool CommandNode::done() {
     // A register that can't be read doesn't tell; and a command that was never given isn't running.
     bool isDone = true;
-    if (m_value.node != nullptr && IsReadable(m_value.node->mode(Aspect::Readable))) {
+    if (behind() != nullptr && IsReadable(behind()->mode(Aspect::Readable))) {
         const Evaluation evaluation(*this, Evaluation::Value);
-        isDone = m_value.node->readInteger({true}) != m_command.get();
+        isDone = readBehind({true}) != m_command.get();
     }
     if (isDone && m_running) {
         m_running = false;
@@ -170,43 +140,23 @@ void CommandNode::poll() {
 }
 
 void CommandNode::link(Linker& linker, const Property& property) {
-    switch (property.id) {
-    case PropertyId::Value:
-        linker.constant(*this, property, m_value);
-        break;
-    case PropertyId::pValue:
-        linker.reference(*this, property, m_value);
-        break;
-    case PropertyId::CommandValue:
+    if (property.id == PropertyId::CommandValue)
         linker.constant(*this, property, m_command);
-        break;
-    case PropertyId::pCommandValue:
+    else if (property.id == PropertyId::pCommandValue)
         linker.reference(*this, property, m_command);
-        break;
-    default:
-        ValueNode::link(linker, property);
-        break;
-    }
+    else
+        BackedNode::link(linker, property);
 }
 
 void CommandNode::linked(Linker& linker) {
-    ValueNode::linked(linker);
-    if (!m_value.given)
-        setFault("it has neither Value nor pValue");
+    BackedNode::linked(linker);
     if (!m_command.given)
         setFault("it has neither CommandValue nor pCommandValue");
 }
 
-void CommandNode::valueChildren(std::vector<Node*>& children) const {
-    if (m_value.node != nullptr)
-        children.push_back(m_value.node);
-}
-
 EAccessMode CommandNode::chainMode(Aspect aspect) {
-    EAccessMode mode = m_value.node != nullptr ? m_value.node->mode(aspect) : RW;
-    if (IsWritable(mode) && m_command.node != nullptr)
-        mode = Combine(mode, neededMode(*m_command.node));
-    return mode;
+    const EAccessMode mode = BackedNode::chainMode(aspect);
+    return IsWritable(mode) && m_command.node != nullptr ? Combine(mode, neededMode(*m_command.node)) : mode;
 }
 
 std::string CommandNode::toText(bool, Reading) {

@@ -2,12 +2,11 @@
 /// Boolean and Command: features in front of one integer with two meanings.
 #include "GenApi/IBoolean.h"
 #include "GenApi/ICommand.h"
-#include "core/Linker.h"
-#include "core/ValueNode.h"
+#include "core/BackedNode.h"
 
 namespace genapi {
 
-class BooleanNode final : public ValueNode, public GenApi_3_0::IBoolean {
+class BooleanNode final : public BackedNode, public GenApi_3_0::IBoolean {
 public:
     BooleanNode(NodeMap& map, const NodeRecord& record, const Property* properties, std::uint32_t index);
 
@@ -17,12 +16,11 @@ public:
 
     void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
         return type == GenApi_3_0::intfIBoolean ? static_cast<GenApi_3_0::IBoolean*>(this)
-                                                : ValueNode::interfaceOf(type);
+                                                : BackedNode::interfaceOf(type);
     }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfIBoolean; }
     void link(Linker& linker, const Property& property) override;
     void linked(Linker& linker) override;
-    void valueChildren(std::vector<Node*>& children) const override;
 
     // As a number 1 or 0, whatever stands behind it.
     std::int64_t readInteger(Reading how) override;
@@ -37,22 +35,20 @@ public:
     double incFloat() override { return 0; }
 
 protected:
-    GenApi_3_0::EAccessMode chainMode(Aspect aspect) override;
     std::string toText(bool verify, Reading how) override;
     void fromText(const std::string& text, bool verify) override;
 
 private:
     void write(bool on, bool verify);
 
-    IntegerSource m_value;
+    // Only of a node behind; a number in the XML is 1 or 0.
     std::int64_t m_on = 1;
     std::int64_t m_off = 0;
-    bool m_state = false; // when the value is in the XML
 };
 
-class CommandNode final : public ValueNode, public GenApi_3_0::ICommand {
+class CommandNode final : public BackedNode, public GenApi_3_0::ICommand {
 public:
-    using ValueNode::ValueNode;
+    using BackedNode::BackedNode;
 
     // ICommand.
     void Execute(bool Verify) override;
@@ -60,12 +56,11 @@ public:
 
     void* interfaceOf(GenApi_3_0::EInterfaceType type) override {
         return type == GenApi_3_0::intfICommand ? static_cast<GenApi_3_0::ICommand*>(this)
-                                                : ValueNode::interfaceOf(type);
+                                                : BackedNode::interfaceOf(type);
     }
     GenApi_3_0::EInterfaceType interfaceType() const override { return GenApi_3_0::intfICommand; }
     void link(Linker& linker, const Property& property) override;
     void linked(Linker& linker) override;
-    void valueChildren(std::vector<Node*>& children) const override;
     /// A command that runs is asked whether it has finished.
     void poll() override;
 
@@ -80,7 +75,6 @@ private:
     bool done();
     void execute(bool verify);
 
-    IntegerSource m_value;
     IntegerSource m_command;
     bool m_running = false; // executed, and not yet seen to be done
 };

@@ -19,12 +19,12 @@ std::string StringRegNode::readText(Reading how) {
 void StringRegNode::writeText(const std::string& text, bool) {
     const std::int64_t size = length();
     if (text.size() > static_cast<std::size_t>(size))
-        throw OUT_OF_RANGE_EXCEPTION("%s: '%s' has %zu bytes, more than the %lld that fit", label().c_str(),
-                                     text.c_str(), text.size(), static_cast<long long>(size));
-    const Evaluation evaluation(*this, Evaluation::Write);
+        throw OUT_OF_RANGE_EXCEPTION("%s: '%s' has %zu bytes, more than the %lld that fit",
+                                     Evaluation::blame(*this).c_str(), text.c_str(), text.size(),
+                                     static_cast<long long>(size));
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size), 0);
     std::copy(text.begin(), text.end(), bytes.begin());
-    writeBytes(bytes.data(), size);
+    performWrite(*this, &text, [&] { writeBytes(bytes.data(), size); });
 }
 
 // StringNode
@@ -70,14 +70,15 @@ std::string StringNode::readText(Reading how) {
 
 void StringNode::writeText(const std::string& text, bool verify) {
     checkFault();
-    if (m_node != nullptr) {
-        const Evaluation evaluation(*this, Evaluation::Write);
-        m_node->writeText(text, verify);
-        return;
-    }
-    m_text = text;
-    drop();
-    map().changed(*this);
+    performWrite(*this, &text, [&] {
+        if (m_node != nullptr) {
+            m_node->writeText(text, verify);
+            return;
+        }
+        m_text = text;
+        drop();
+        map().changed(*this);
+    });
 }
 
 std::int64_t StringNode::maxTextLength() {

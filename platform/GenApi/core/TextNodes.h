@@ -18,7 +18,7 @@ public:
     void SetValue(const GenICam_3_0::gcstring& Value, bool Verify) override {
         const Operation operation(this->map());
         if (Verify)
-            this->requireWritable();
+            this->requireWritable(&Value.str());
         this->writeText(Value.str(), Verify);
     }
     GenICam_3_0::gcstring GetValue(bool, bool IgnoreCache) override {

@@ -18,7 +18,7 @@ gcstring ValueNode::ToString(bool Verify, bool IgnoreCache) {
 void ValueNode::FromString(const gcstring& ValueStr, bool Verify) {
     const Operation operation(map());
     if (Verify)
-        requireWritable();
+        requireWritable(&ValueStr.str());
     checkFault();
     fromText(ValueStr.str(), Verify);
 }

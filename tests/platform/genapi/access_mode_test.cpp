@@ -1,4 +1,6 @@
 // Access modes through every chain by which one node stands on another.
+#include <functional>
+
 #include "platform/genapi/NodeMapFixture.h"
 
 namespace {
@@ -234,16 +236,40 @@ TEST(AccessModePort, FollowsThePortNodesOwnConditions) {
     EXPECT_EQ(RO, map.mode("X"));
 }
 
+TEST(AccessModeReason, IsToldWithTheValueThatWasToBeWritten) {
+    const std::string locked = "<ImposedAccessMode>RO</ImposedAccessMode>";
+    Map map("<Integer Name=\"I\">" + locked + "<Value>0</Value></Integer><Float Name=\"F\">" + locked +
+            "<Value>0</Value></Float><Boolean Name=\"B\">" + locked +
+            "<Value>0</Value></Boolean><String Name=\"S\">" + locked +
+            "<Value>a</Value></String><Enumeration Name=\"E\">" + locked +
+            "<EnumEntry Name=\"On\"><Value>1</Value></EnumEntry><Value>1</Value></Enumeration>"
+            "<Register Name=\"R\">" +
+            registerAt("0x100", 4, "RO") + "</Register>");
+    const std::pair<const char*, std::function<void()>> rows[] = {
+        {"node 'I' can't be set to 5", [&] { map.integer("I")->SetValue(5); }},
+        {"node 'I' can't be set to '0x5'", [&] { map.value("I")->FromString("0x5"); }},
+        {"node 'F' can't be set to 0.5", [&] { map.floating("F")->SetValue(0.5); }},
+        {"node 'B' can't be set to 1", [&] { map.boolean("B")->SetValue(true); }},
+        {"node 'S' can't be set to 'b'", [&] { map.string("S")->SetValue("b"); }},
+        {"node 'E' can't be set to 1 ('On')", [&] { map.enumeration("E")->SetIntValue(1); }},
+        {"node 'E' can't be set to 'On'", [&] { map.value("E")->FromString("On"); }},
+        {"node 'R' can't be written",
+         [&] { map.reg("R")->Set(reinterpret_cast<const std::uint8_t*>("abc"), 4); }},
+    };
+    for (const auto& [begin, write] : rows)
+        EXPECT_EQ("AccessException: " + std::string(begin) + ": it can only be read now", thrown(write));
+}
+
 TEST(AccessModeReason, IsToldWithTheNodesName) {
     Map map(std::string(kSwitches) + "<Integer Name=\"X\"><pValue>RegLocked</pValue></Integer>");
     map.port.Store(0, {1, 0});
-    EXPECT_EQ("AccessException: node 'X' can't be written: it can only be read now",
+    EXPECT_EQ("AccessException: node 'X' can't be set to 1: it can only be read now",
               thrown([&] { map.integer("X")->SetValue(1); }));
     EXPECT_EQ("AccessException: node 'RegWO' can't be read: it can only be written",
               thrown([&] { map.integer("RegWO")->GetValue(); }));
     EXPECT_EQ("AccessException: node 'RegNA' can't be read: it is not available now",
               thrown([&] { map.integer("RegNA")->GetValue(); }));
-    EXPECT_EQ("AccessException: node 'RegNI' can't be written: it is not implemented",
+    EXPECT_EQ("AccessException: node 'RegNI' can't be set to 1: it is not implemented",
               thrown([&] { map.integer("RegNI")->SetValue(1); }));
     EXPECT_EQ(0U, map.port.Writes());
     // Without verification the mode doesn't bind the writer: the camera has the last word.

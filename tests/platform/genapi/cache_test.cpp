@@ -280,11 +280,13 @@ TEST(CachePolling, AnOldValueIsReadAgainWithoutAPoll) {
 TEST(CacheFailures, AFailedReadLeavesTheNodeUsable) {
     Map map(intReg("Reg", "0x100"));
     map.port.FailReads(1, "no answer");
-    EXPECT_EQ("RuntimeException: no answer", thrown([&] { map.integer("Reg")->GetValue(); }));
+    const std::string failure =
+        "RuntimeException: node 'Reg' can't be read: reading 4 bytes at address 0x100: no answer";
+    EXPECT_EQ(failure, thrown([&] { map.integer("Reg")->GetValue(); }));
     map.port.StoreInteger(0x100, 4, 3);
     EXPECT_EQ(3, map.integer("Reg")->GetValue());
     map.port.FailReads(1, "no answer");
-    EXPECT_EQ("RuntimeException: no answer", thrown([&] { map.integer("Reg")->GetValue(false, true); }));
+    EXPECT_EQ(failure, thrown([&] { map.integer("Reg")->GetValue(false, true); }));
     EXPECT_EQ(3, map.integer("Reg")->GetValue());
 }
 
@@ -292,7 +294,9 @@ TEST(CacheFailures, AFailedWriteIsFollowedByAFreshRead) {
     Map map(intReg("Reg", "0x100") + "<Integer Name=\"X\"><pValue>Reg</pValue></Integer>");
     EXPECT_EQ(0, map.integer("X")->GetValue());
     map.port.FailWrites(1, "refused");
-    EXPECT_EQ("RuntimeException: refused", thrown([&] { map.integer("X")->SetValue(5); }));
+    EXPECT_EQ("RuntimeException: node 'X' can't be set to 5: node 'Reg', writing 4 bytes at address 0x100: "
+              "refused",
+              thrown([&] { map.integer("X")->SetValue(5); }));
     map.port.Forget();
     EXPECT_EQ(0, map.integer("X")->GetValue());
     EXPECT_EQ(1U, map.port.Reads());

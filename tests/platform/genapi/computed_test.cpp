@@ -143,7 +143,7 @@ TEST(SwissKnifeFaults, AreFoundAllAtOnceOnDemand) {
 TEST(SwissKnifeWrite, IsRefused) {
     Map map(knife("IntSwissKnife", "<Formula>1</Formula>"));
     EXPECT_THROW(map.integer("X")->SetValue(1), AccessException);
-    EXPECT_EQ("AccessException: node 'X' can't be written: it is worked out by a formula",
+    EXPECT_EQ("AccessException: node 'X' can't be set to 1: it is worked out by a formula",
               thrown([&] { map.integer("X")->SetValue(1, false); }));
     EXPECT_EQ(INT64_MIN, map.integer("X")->GetMin());
     EXPECT_EQ(INT64_MAX, map.integer("X")->GetMax());
@@ -198,8 +198,9 @@ TEST(ConverterChecks, RangeIsCheckedOnBothSides) {
             "<Converter Name=\"X\"><FormulaTo>FROM * 2</FormulaTo><FormulaFrom>TO / "
             "2</FormulaFrom><pValue>Raw</pValue>"
             "<Slope>Varying</Slope></Converter>");
-    EXPECT_EQ("OutOfRangeException: node 'Raw': value 200 is above the maximum 100",
-              thrown([&] { map.floating("X")->SetValue(100); }));
+    EXPECT_EQ(
+        "OutOfRangeException: node 'X' can't be set to 100: node 'Raw': value 200 is above the maximum 100",
+        thrown([&] { map.floating("X")->SetValue(100); }));
     EXPECT_EQ(0U, map.port.Writes());
 }
 

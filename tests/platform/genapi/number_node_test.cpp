@@ -91,10 +91,40 @@ TEST(IntegerVerification, NamesNodeAndValue) {
     EXPECT_EQ(70, x->GetValue());
 }
 
+TEST(RefusalBelow, NamesTheFeatureThatWasAskedFor) {
+    Map map(
+        "<StringReg Name=\"SReg\">" + registerAt("0x100") + "</StringReg><FloatReg Name=\"FReg\">" +
+        registerAt("0x110") + "</FloatReg><MaskedIntReg Name=\"M\">" + registerAt("0x120") +
+        "<LSB>0</LSB><MSB>3</MSB></MaskedIntReg>"
+        "<Enumeration Name=\"E\"><EnumEntry Name=\"A\"><Value>0</Value></EnumEntry>"
+        "<EnumEntry Name=\"B\"><Value>4</Value><ImposedAccessMode>NA</ImposedAccessMode></EnumEntry>"
+        "<EnumEntry Name=\"C\"><Value>9</Value></EnumEntry><Value>0</Value></Enumeration>"
+        "<String Name=\"S\"><pValue>SReg</pValue></String><Float Name=\"F\"><pValue>FReg</pValue></Float>"
+        "<Integer Name=\"I\"><pValue>M</pValue></Integer><Integer Name=\"N\"><pValue>E</pValue></Integer>");
+    EXPECT_EQ(
+        "OutOfRangeException: node 'S' can't be set to 'abcde': node 'SReg': 'abcde' has 5 bytes, more than "
+        "the 4 that fit",
+        thrown([&] { map.string("S")->SetValue("abcde"); }));
+    EXPECT_EQ(
+        "OutOfRangeException: node 'F' can't be set to 1e+39: node 'FReg': value 1e+39 doesn't fit into a "
+        "float of 4 bytes",
+        thrown([&] { map.floating("F")->SetValue(1e39, false); }));
+    EXPECT_EQ("OutOfRangeException: node 'I' can't be set to 16: node 'M': value 16 doesn't fit into 4 bits",
+              thrown([&] { map.integer("I")->SetValue(16, false); }));
+    EXPECT_EQ(
+        "InvalidArgumentException: node 'N' can't be set to 3: node 'E': value 3 belongs to none of its "
+        "entries",
+        thrown([&] { map.integer("N")->SetValue(3); }));
+    EXPECT_EQ(
+        "AccessException: node 'N' can't be set to 4: node 'E': entry 'B' (value 4) can't be chosen: it is "
+        "not available now",
+        thrown([&] { map.integer("N")->SetValue(4); }));
+}
+
 TEST(IntegerVerification, GoesDownTheChain) {
     Map map("<Integer Name=\"Y\"><Value>2</Value><Min>2</Min><Max>20</Max></Integer>" +
             integerNode("<pValue>Y</pValue><Min>0</Min><Max>100</Max>"));
-    EXPECT_EQ("OutOfRangeException: node 'Y': value 50 is above the maximum 20",
+    EXPECT_EQ("OutOfRangeException: node 'X' can't be set to 50: node 'Y': value 50 is above the maximum 20",
               thrown([&] { map.integer("X")->SetValue(50); }));
     map.integer("X")->SetValue(50, false);
     EXPECT_EQ(50, map.integer("Y")->GetValue());
@@ -252,7 +282,7 @@ TEST(IntegerOfAFloat, IsRoundedAndNeverOverflows) {
     map.floating("F")->SetValue(-2.4);
     EXPECT_EQ(-2, map.integer("X")->GetValue());
     map.floating("F")->SetValue(1e300);
-    EXPECT_EQ("OutOfRangeException: node 'F': 1e+300 is beyond all integers",
+    EXPECT_EQ("OutOfRangeException: node 'X' can't be read: node 'F': 1e+300 is beyond all integers",
               thrown([&] { map.integer("X")->GetValue(); }));
     map.integer("X")->SetValue(12);
     EXPECT_EQ(12.0, map.floating("F")->GetValue());

@@ -114,10 +114,11 @@ TEST(CommandNode, IsCheckedLikeAWrite) {
         "<Command Name=\"NoValue\"><CommandValue>256</CommandValue></Command>"
         "<Command Name=\"NoCommand\"><pValue>Reg</pValue></Command>");
     map.port.StoreInteger(0x104, 4, 1);
-    EXPECT_EQ("AccessException: node 'X' can't be written: it can only be read now",
+    EXPECT_EQ("AccessException: node 'X' can't be executed: it can only be read now",
               thrown([&] { map.command("X")->Execute(); }));
-    EXPECT_EQ("OutOfRangeException: node 'Reg': value 256 is above the maximum 255",
-              thrown([&] { map.command("Big")->Execute(); }));
+    EXPECT_EQ(
+        "OutOfRangeException: node 'Big' can't be executed: node 'Reg': value 256 is above the maximum 255",
+        thrown([&] { map.command("Big")->Execute(); }));
     EXPECT_EQ("PropertyException: node 'NoValue': it has neither Value nor pValue",
               thrown([&] { map.command("NoValue")->Execute(); }));
     EXPECT_EQ("PropertyException: node 'NoCommand': it has neither CommandValue nor pCommandValue",
