@@ -1,7 +1,6 @@
 #include "FrameStore.h"
 
 #include <cstring>
-#include <new>
 #include <utility>
 
 namespace kolt::render {
@@ -84,11 +83,11 @@ bool FrameStore::put(const uint8_t* pixels, uint32_t width, uint32_t height) {
     }
     m_size = Size{static_cast<int>(width), static_cast<int>(height)};
     ++m_number;
-    Copy rows(pixels, m_pixels.get(), size_t{width} * static_cast<size_t>(m_channels),
+    Copy rows(pixels, m_memory.data(), size_t{width} * static_cast<size_t>(m_channels),
               static_cast<size_t>(bytes));
     FrameListener* listener = std::exchange(m_listener, nullptr);
     if (listener != nullptr) {
-        listener->arrives(FrameView{m_pixels.get(), m_size, m_channels}, m_number, rows);
+        listener->arrives(FrameView{m_memory.data(), m_size, m_channels}, m_number, rows);
     }
     rows.finish();
     return true;
@@ -96,16 +95,14 @@ bool FrameStore::put(const uint8_t* pixels, uint32_t width, uint32_t height) {
 
 bool FrameStore::makeRoom(size_t bytes) {
     const size_t needed = bytes + kFramePadding;
-    if (m_capacity >= needed && m_capacity / kWasteful <= needed) {
+    if (m_memory.size() >= needed && m_memory.size() / kWasteful <= needed) {
         return true;
     }
-    decltype(m_pixels) fresh(new (kAlignment, std::nothrow) uint8_t[needed]);
-    if (!fresh) {
+    LargeMemory fresh(needed);
+    if (fresh.data() == nullptr) {
         return false;
     }
-    std::memset(fresh.get() + bytes, 0, kFramePadding);
-    m_pixels = std::move(fresh);
-    m_capacity = needed;
+    m_memory = std::move(fresh);
     return true;
 }
 

@@ -5,12 +5,11 @@
 #ifndef KOLT_RENDER_FRAME_STORE_H
 #define KOLT_RENDER_FRAME_STORE_H
 
+#include "LargeMemory.h"
 #include "Resampler.h"
 
 #include <cstdint>
-#include <memory>
 #include <mutex>
-#include <new>
 
 namespace kolt::render {
 
@@ -41,7 +40,7 @@ public:
         if (m_number == 0) {
             return false;
         }
-        read(FrameView{m_pixels.get(), m_size, m_channels}, m_number);
+        read(FrameView{m_memory.data(), m_size, m_channels}, m_number);
         return true;
     }
 
@@ -55,12 +54,7 @@ private:
 
     const int m_channels;
     mutable std::mutex m_mutex; /* guards all below; nothing else is locked inside */
-    struct Free {
-        void operator()(uint8_t* pixels) const { ::operator delete[](pixels, kAlignment); }
-    };
-    static constexpr std::align_val_t kAlignment{64};
-    std::unique_ptr<uint8_t[], Free> m_pixels;
-    size_t m_capacity = 0;
+    LargeMemory m_memory;
     Size m_size;
     uint64_t m_number = 0; /* counts pictures from 1 */
     FrameListener* m_listener = nullptr;

@@ -94,6 +94,7 @@ void fill(OVX_CC_STATISTICS& record, const kolt::cc::StreamNumbers& numbers) {
     record.droppedFrames = numbers.droppedFrames;
     record.tooLargeFrames = numbers.tooLargeFrames;
     record.bufferExchanges = numbers.resizes;
+    record.unfetchedFrames = numbers.unfetchedFrames;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "device/FrameStream.h"
 #include "device/Statuses.h"
 #include "device/Threads.h"
 
@@ -97,8 +98,8 @@ FrameGeometry AravisBase::geometry() {
     return geometry;
 }
 
-std::uint32_t AravisBase::openStream(const StreamSettings& settings, FrameStream::Hooks hooks,
-                                     std::shared_ptr<FrameStream>& stream) {
+std::uint32_t AravisBase::openStream(const StreamSettings& settings, FrameSource::Hooks hooks,
+                                     std::shared_ptr<FrameSource>& stream) {
     if (!descriptorsToSpare()) {
         return OV_STATUS_RESOURCE;
     }
@@ -109,6 +110,10 @@ std::uint32_t AravisBase::openStream(const StreamSettings& settings, FrameStream
     }
     shape.geometry = geometry();
     shape.packetData = packetData();
+    stream = ownStream(settings, shape, hooks);
+    if (stream) {
+        return OV_STATUS_OK;
+    }
     const FrameStream::Maker maker = [&](ArvStreamCallback callback, void* user, std::uint32_t& result) {
         GErrorHolder error;
         prepareStream(settings);

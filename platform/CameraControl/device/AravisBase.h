@@ -23,8 +23,8 @@ public:
     std::uint32_t writeMemory(std::uint64_t address, const std::uint8_t* source, std::size_t length) override;
     std::uint32_t executeCommand(const char* feature) override;
     std::uint32_t payloadSize(std::size_t& bytes) override;
-    std::uint32_t openStream(const StreamSettings& settings, FrameStream::Hooks hooks,
-                             std::shared_ptr<FrameStream>& stream) override;
+    std::uint32_t openStream(const StreamSettings& settings, FrameSource::Hooks hooks,
+                             std::shared_ptr<FrameSource>& stream) override;
     void closeStreamChannel() override {}
     std::int32_t optimalPacketSize() override { return 0; }
     std::int32_t packetSize() override { return 0; }
@@ -35,6 +35,11 @@ protected:
     // Without controlLost Aravis is not asked to tell.
     AravisBase(GObjectPtr<ArvDevice> device, const Logger& log, std::function<void()> controlLost);
 
+    // A stream that is not Aravis'; null: none.
+    virtual std::shared_ptr<FrameSource> ownStream(const StreamSettings&, const StreamShape&,
+                                                   const FrameSource::Hooks&) {
+        return nullptr;
+    }
     // Before and after the making of Aravis' stream.
     virtual void prepareStream(const StreamSettings&) {}
     virtual void tuneStream(ArvStream*, const StreamSettings&, const StreamShape&) {}

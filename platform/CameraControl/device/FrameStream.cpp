@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <ctime>
 #include <iterator>
 #include <utility>
-
-#include <unistd.h>
 
 namespace kolt::cc {
 
@@ -32,33 +29,6 @@ std::size_t placeSize(const StreamShape& shape) {
 // out last is the best to be filled next. One would be enough, since the next is handed over when a frame
 // begins; the second is for a packet whose kind Aravis doesn't know, which costs it a buffer.
 constexpr int kAhead = 2;
-
-// Buffers beyond those asked for: while a frame waits for a packet to be sent again, those behind it wait as
-// well, however fast the caller is.
-std::size_t reserveFor(std::size_t payload) {
-    constexpr std::size_t kMemory = std::size_t{64} << 20;
-    return std::clamp<std::size_t>(kMemory / payload, 2, 24);
-}
-
-// Of what the machine has. The buffers asked for are touched at once, and a process that takes more is killed
-// instead of being told.
-std::uint64_t mostMemory() {
-    const long pages = sysconf(_SC_PHYS_PAGES);
-    const long page = sysconf(_SC_PAGESIZE);
-    return static_cast<std::uint64_t>(std::max(pages, 1L)) * static_cast<std::uint64_t>(page) / 4 * 3;
-}
-
-std::uint64_t realtimeNow() {
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    return static_cast<std::uint64_t>(now.tv_sec) * 1000000000u + static_cast<std::uint64_t>(now.tv_nsec);
-}
-
-// Bits 16 to 23 of a GVSP pixel code are the bits that a pixel takes.
-std::size_t imageBytes(const FrameGeometry& geometry) {
-    const std::size_t bits = (geometry.pixelFormat >> 16) & 0xFF;
-    return static_cast<std::size_t>(geometry.width) * geometry.height * bits / 8;
-}
 
 const char* const kInfoNames[] = {"n_received_packets", "n_ignored_packets", "n_duplicated_packets",
                                   "n_error_packets",    "n_underruns",       "n_size_mismatch_errors",
@@ -88,6 +58,10 @@ struct FrameStream::Buffer {
     FrameGeometry geometry;
 
     bool complete() const { return closed.end == ClosedFrame::End::complete; }
+    FrameFacts facts() const {
+        return {complete(), closed.blockId, timestamp, closedAt, payloadType,
+                geometry,   offsetX,        offsetY,   length,   lostPackets};
+    }
 };
 
 struct FrameStream::Infos {
@@ -157,11 +131,11 @@ FrameStream::~FrameStream() {
 
 // Makes the buffers anew and hands them to the stream. On failure nothing is changed.
 bool FrameStream::allocateLocked(std::size_t payload) {
-    if (payload == 0 || payload > kLargestFrame || std::uint64_t{wanted_} * payload > mostMemory()) {
+    const std::size_t count = buffersFor(wanted_, payload);
+    if (count == 0) {
         return false;
     }
     std::vector<std::unique_ptr<Buffer>> made;
-    const std::size_t count = wanted_ + reserveFor(payload);
     for (std::size_t index = 0; index < count; ++index) {
         auto buffer = std::make_unique<Buffer>(payload, generation_ + 1);
         if (buffer->memory.data() == nullptr) {
@@ -186,11 +160,17 @@ bool FrameStream::allocateLocked(std::size_t payload) {
 }
 
 void FrameStream::fillUpLocked() {
-    while (freeLocked() < ahead_ && !reserve_.empty()) {
+    while (takesMoreLocked() && !reserve_.empty()) {
         Buffer& buffer = *reserve_.back();
         reserve_.pop_back();
         pushLocked(buffer);
     }
+}
+
+// The stream can be given another buffer. Not while Aravis destroys it, nor while the buffers are exchanged:
+// what it got then it would still have after the buffer was freed.
+bool FrameStream::takesMoreLocked() const {
+    return owned_ && !exchanging_ && freeLocked() < ahead_;
 }
 
 int FrameStream::freeLocked() const {
@@ -207,7 +187,7 @@ void FrameStream::pushLocked(Buffer& buffer) {
 
 void FrameStream::giveBackLocked(Buffer& buffer) {
     if (stream_ != nullptr && buffer.generation == generation_) {
-        if (freeLocked() < ahead_) {
+        if (takesMoreLocked()) {
             pushLocked(buffer);
         } else {
             buffer.where = Where::reserve;
@@ -275,7 +255,7 @@ TransportCounters FrameStream::countersLocked() const {
 void FrameStream::onFrameBegun() {
     std::unique_lock<std::mutex> lock(mutex_);
     tally_.frameBegun(countersLocked());
-    for (int free = freeLocked(); free < ahead_ && !reserve_.empty(); ++free) {
+    while (takesMoreLocked() && !reserve_.empty()) {
         Buffer& buffer = *reserve_.back();
         reserve_.pop_back();
         buffer.where = Where::stream;
@@ -292,7 +272,7 @@ void FrameStream::onFrameBegun() {
 void FrameStream::lookAfter() {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        if (!owned_ || ended_) {
+        if (!owned_ || ended_ || exchanging_) {
             return;
         }
         fillUpLocked();
@@ -309,10 +289,14 @@ void FrameStream::lookAfter() {
     hooks_.sizeChanged(true);
 }
 
-// The counters are complete now, and the stream that holds them goes.
+// The counters are complete now. When the stream that holds them goes, this is the last that is known of it:
+// from here on Aravis takes it apart.
 void FrameStream::onThreadEnds() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    own_ = numbersLocked();
+    if (!owned_) {
+        own_ = numbersLocked();
+        stream_ = nullptr;
+    }
 }
 
 // On the stream's thread, right after Aravis has put a buffer into its output queue. It is taken out of there
@@ -368,7 +352,11 @@ bool FrameStream::takeClosedLocked(Buffer& buffer) {
         ready_.push_back(&buffer);
         changed_.notify_one();
     } else {
-        own_.droppedFrames += incomplete ? 1 : 0;
+        if (ended_) {
+            own_.unfetchedFrames += buffer.complete() || incomplete ? 1 : 0;
+        } else {
+            own_.droppedFrames += incomplete ? 1 : 0;
+        }
         giveBackLocked(buffer);
     }
     return sizeChanged;
@@ -466,7 +454,7 @@ std::uint32_t FrameStream::fetch(std::uint8_t* destination, std::uint32_t capaci
         buffer->where = Where::caller;
         ++(buffer->length > capacity ? own_.tooLargeFrames : own_.deliveredFrames);
     }
-    fillInfo(*buffer, info);
+    fillInfo(buffer->facts(), info);
     std::uint32_t status = OV_STATUS_OK;
     if (buffer->length > capacity) {
         status = OV_STATUS_BUFFER_FULL;
@@ -478,31 +466,6 @@ std::uint32_t FrameStream::fetch(std::uint8_t* destination, std::uint32_t capaci
     const std::lock_guard<std::mutex> lock(mutex_);
     giveBackLocked(*buffer);
     return status;
-}
-
-void FrameStream::fillInfo(const Buffer& buffer, _OV_CC_FRAME_OUT_INFO_* info) {
-    std::uint32_t height = buffer.geometry.height;
-    const std::size_t whole = imageBytes(buffer.geometry);
-    const std::size_t line = height > 0 ? whole / height : 0;
-    if (buffer.complete() && line > 0 && buffer.length < whole) {
-        // A line-scan camera announces the most lines and sends those that it has.
-        height = static_cast<std::uint32_t>(buffer.length / line);
-    }
-    const auto narrow = [](std::uint32_t value) {
-        return static_cast<std::uint16_t>(std::min<std::uint32_t>(value, 0xFFFF));
-    };
-    info->width = narrow(buffer.geometry.width);
-    info->height = narrow(height);
-    info->pixelFormat = buffer.geometry.pixelFormat;
-    info->offsetX = narrow(buffer.offsetX);
-    info->offsetY = narrow(buffer.offsetY);
-    info->payloadType = buffer.payloadType;
-    info->blockId = buffer.closed.blockId;
-    info->deviceTimestamp = buffer.timestamp;
-    info->hostTimestamp = buffer.closedAt;
-    info->frameLength = static_cast<std::uint32_t>(buffer.length);
-    info->lostPackets = buffer.lostPackets;
-    info->frameState = buffer.complete() ? 0 : 1;
 }
 
 void FrameStream::setDropIncomplete(bool drop) {
@@ -537,6 +500,7 @@ void FrameStream::stop(std::uint32_t status) {
     ended_ = true;
     endStatus_ = status;
     changed_.notify_all();
+    own_.unfetchedFrames += ready_.size();
     for (Buffer* buffer : ready_) {
         buffer->where = Where::stream;
     }
@@ -574,6 +538,7 @@ std::uint32_t FrameStream::followSize(std::size_t payload) {
             return OV_STATUS_OK;
         }
         starved_ = false;
+        exchanging_ = true;
         stream = stream_;
     }
     arv_stream_stop_thread(stream, TRUE);
@@ -581,6 +546,7 @@ std::uint32_t FrameStream::followSize(std::size_t payload) {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         const unsigned former = generation_;
+        exchanging_ = false;
         tally_.restarted();
         if (allocateLocked(fittingSize(signs_))) {
             ++own_.resizes;
@@ -589,9 +555,11 @@ std::uint32_t FrameStream::followSize(std::size_t payload) {
             status = OV_STATUS_RESOURCE; // go on with those that there are
             for (const auto& buffer : buffers_) {
                 if (buffer->where == Where::stream) {
-                    giveBackLocked(*buffer);
+                    buffer->where = Where::reserve;
+                    reserve_.push_back(buffer.get());
                 }
             }
+            fillUpLocked();
         }
     }
     arv_stream_start_thread(stream);

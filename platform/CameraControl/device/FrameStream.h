@@ -1,5 +1,4 @@
-// Frames of one open device, from the start of grabbing to its stop: the buffers, the wait for the next
-// frame, the copy out, the counting.
+// Frames that Aravis receives, into buffers of ours.
 #ifndef KOLT_CAMERA_CONTROL_FRAME_STREAM_H
 #define KOLT_CAMERA_CONTROL_FRAME_STREAM_H
 
@@ -15,46 +14,13 @@
 #include <arv.h>
 
 #include "Camera/Boundary/OvCameraControl.h"
-#include "device/FrameBuffer.h"
-#include "device/FrameTally.h"
+#include "device/FrameSource.h"
 #include "device/GlibPtr.h"
 #include "device/Threads.h"
+#include "gvsp/FrameBuffer.h"
+#include "gvsp/FrameTally.h"
 
 namespace kolt::cc {
-
-// How a stream is to be made; settled when grabbing starts.
-struct StreamSettings {
-    unsigned buffers = 8;
-    bool dropIncomplete = false; // may change while grabbing
-    bool resend = true;          // ask for lost packets again
-    bool packetSocket = true;    // use one where the system allows it
-};
-
-// What a frame's leader tells of it, for frames that lost theirs.
-struct FrameGeometry {
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    std::uint32_t pixelFormat = 0;
-};
-
-struct StreamShape {
-    std::size_t payload = 0;    // bytes of the largest frame
-    std::size_t packetData = 0; // data bytes in a full packet; 0: the transport has no packets
-    FrameGeometry geometry;     // as the camera is set now
-};
-
-struct StreamNumbers {
-    TallyTotals tally;
-    TransportCounters transport;
-    std::uint64_t receivedBytes = 0;
-    std::uint64_t resentPackets = 0;
-    std::uint64_t resendRequests = 0;
-    std::uint64_t tooLargeFrames = 0;  // for the caller's buffer
-    std::uint64_t droppedFrames = 0;   // incomplete, and such are not wanted
-    std::uint64_t deliveredFrames = 0; // to the caller
-    std::uint64_t resizes = 0;         // the buffers followed a changed frame size
-    std::size_t bufferSize = 0;
-};
 
 // The size that buffers should have.
 struct SizeSigns {
@@ -66,50 +32,29 @@ struct SizeSigns {
 };
 std::size_t fittingSize(const SizeSigns& signs);
 
-class FrameStream {
+class FrameStream final : public FrameSource {
 public:
-    struct Hooks {
-        // Frames no longer have the buffers' size (urgent: and don't fit), or all buffers are gone (urgent).
-        // Called for each such frame, on the stream's thread or that of lookAfter().
-        std::function<void(bool urgent)> sizeChanged;
-        std::function<void()> frameCame; // a sign of life; on the stream's thread
-    };
     // Makes Aravis' stream with the given callback; null on failure, with the status set.
     using Maker = std::function<GObjectPtr<ArvStream>(ArvStreamCallback, void*, std::uint32_t& status)>;
 
     // Null on failure. On the device's thread.
     static std::shared_ptr<FrameStream> create(const Maker& maker, const StreamSettings& settings,
                                                const StreamShape& shape, Hooks hooks, std::uint32_t& status);
-    ~FrameStream(); // stops and releases
-    FrameStream(const FrameStream&) = delete;
-    FrameStream& operator=(const FrameStream&) = delete;
+    ~FrameStream() override; // stops and releases
 
-    // As OV_CC_GetOneFrameTimeout. Any thread, any number at once.
     std::uint32_t fetch(std::uint8_t* destination, std::uint32_t capacity, _OV_CC_FRAME_OUT_INFO_* info,
-                        std::uint32_t timeoutMs);
-
-    void setDropIncomplete(bool drop);
-
-    // No more frames will come: who waits for one is told the status. What was received can still be fetched.
-    void lose(std::uint32_t status);
-
-    // As lose(), and frames that were not fetched are dropped. Never blocks.
-    void stop(std::uint32_t status);
-
-    // After stop(): ends the stream's thread and gives its socket back. On the device's thread, since Aravis
-    // accesses the device for it: on a dead one this blocks for seconds.
-    void release();
-
-    // Gives the buffers the size that they should have when the camera's payload size is this. The frame that
-    // is being received at that moment is lost (and counted).
-    std::uint32_t followSize(std::size_t payload);
-
-    // To be called a few times a second, on any thread: Aravis loses a buffer with each packet whose kind it
-    // doesn't know. Gives it others, and has all of them exchanged (by the hook for a changed size) when none
-    // is left.
-    void lookAfter();
-
-    StreamNumbers numbers() const;
+                        std::uint32_t timeoutMs) override;
+    void setDropIncomplete(bool drop) override;
+    void lose(std::uint32_t status) override;
+    void stop(std::uint32_t status) override;
+    // Aravis accesses the device for it: on a dead one this blocks for seconds.
+    void release() override;
+    // The frame that is being received at that moment is lost (and counted).
+    std::uint32_t followSize(std::size_t payload) override;
+    // Aravis loses a buffer with each packet whose kind it doesn't know. Gives it others, and has all of them
+    // exchanged (by the hook for a changed size) when none is left.
+    void lookAfter() override;
+    StreamNumbers numbers() const override;
 
 private:
     struct Buffer;
@@ -127,6 +72,7 @@ private:
     void measureLocked(Buffer& buffer) const;
     bool allocateLocked(std::size_t payload);
     int freeLocked() const;
+    bool takesMoreLocked() const;
     void fillUpLocked();
     void pushLocked(Buffer& buffer);
     void giveBackLocked(Buffer& buffer);
@@ -134,7 +80,6 @@ private:
     void freeIdleLocked(unsigned generation);
     TransportCounters countersLocked() const;
     StreamNumbers numbersLocked() const;
-    static void fillInfo(const Buffer& buffer, _OV_CC_FRAME_OUT_INFO_* info);
 
     const bool packetised_;
     const unsigned wanted_;
@@ -147,6 +92,7 @@ private:
     std::condition_variable changed_;
     GObjectPtr<ArvStream> owned_;
     ArvStream* stream_ = nullptr; // the same; outlives owned_ by the time that Aravis takes to end the thread
+    bool exchanging_ = false;     // Aravis was told to let go of all buffers
     std::unique_ptr<Infos> infos_;
     std::vector<std::unique_ptr<Buffer>> buffers_;
     std::deque<Buffer*> ready_;

@@ -6,6 +6,7 @@
 
 #include "device/AlignedSpan.h"
 #include "device/ReceiveBuffer.h"
+#include "device/RingStream.h"
 #include "device/Statuses.h"
 #include "find/GvcpClient.h"
 #include "find/GvcpCodec.h"
@@ -16,7 +17,9 @@ namespace kolt::cc {
 
 namespace {
 
+constexpr std::uint32_t kTickFrequency = 0x093C; // high half, then low
 constexpr std::uint32_t kStreamChannelPort = 0x0D00;
+constexpr std::uint32_t kStreamChannelAddress = 0x0D18;
 constexpr std::uint32_t kGvspConfiguration = 0x0960;     // of GigE Vision 2.0
 constexpr std::uint32_t kExtendedBlockIds = 0x4000'0000; // its bit: GVSP headers of 20 bytes
 
@@ -119,6 +122,8 @@ std::unique_ptr<GigeDevice> GigeDevice::open(const OpenRequest& request, std::ui
     // its heartbeat thread says it, that thread holds a reference to the device. Were it the last one, the
     // thread would wait for its own end, and GLib end the process.
     std::unique_ptr<GigeDevice> device(new GigeDevice(std::move(arv), request.log, {}));
+    device->ip_ = peer.ip;
+    device->localIp_ = peer.localIp;
     device->registerAccess_ = wantsRegisterAccess({reinterpret_cast<const char*>(xml.data()), xml.size()});
     device->bigEndian_ = (answer.deviceMode & 0x8000'0000u) != 0;
     device->takeXml(std::move(xml));
@@ -268,10 +273,33 @@ TransportDevice::Control GigeDevice::askControl() {
     return isAnswer(status) ? Control::held : Control::unknown;
 }
 
-void GigeDevice::prepareStream(const StreamSettings& settings) {
-    arv_gv_device_set_stream_options(gv(), settings.packetSocket
-                                               ? ARV_GV_STREAM_OPTION_NONE
-                                               : ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
+std::uint64_t GigeDevice::ticksPerSecond() {
+    std::uint32_t high = 0;
+    std::uint32_t low = 0;
+    const bool known = readRegister(kTickFrequency, high) == OV_STATUS_OK &&
+                       readRegister(kTickFrequency + 4, low) == OV_STATUS_OK;
+    return known ? (std::uint64_t{high} << 32) | low : 0;
+}
+
+std::shared_ptr<FrameSource> GigeDevice::ownStream(const StreamSettings& settings, const StreamShape& shape,
+                                                   const FrameSource::Hooks& hooks) {
+    constexpr std::size_t kLeastPacketData = 256; // less: the camera did not tell
+    if (!settings.packetSocket || shape.packetData < kLeastPacketData) {
+        return nullptr;
+    }
+    const RingStream::Road road{ip_, localIp_, ticksPerSecond()};
+    std::shared_ptr<RingStream> stream = RingStream::create(road, settings, shape, hooks);
+    if (!stream || writeRegister(kStreamChannelAddress, localIp_) != OV_STATUS_OK ||
+        writeRegister(kStreamChannelPort, stream->port()) != OV_STATUS_OK) {
+        log()(LogLevel::info, "no packet socket, a plain one");
+        return nullptr;
+    }
+    return stream;
+}
+
+// Aravis' own packet socket is not wanted: where one may be used, ownStream() has done it.
+void GigeDevice::prepareStream(const StreamSettings&) {
+    arv_gv_device_set_stream_options(gv(), ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
 }
 
 void GigeDevice::tuneStream(ArvStream* stream, const StreamSettings& settings, const StreamShape& shape) {

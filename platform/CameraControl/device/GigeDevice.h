@@ -28,6 +28,8 @@ public:
     Control askControl() override;
 
 protected:
+    std::shared_ptr<FrameSource> ownStream(const StreamSettings& settings, const StreamShape& shape,
+                                           const FrameSource::Hooks& hooks) override;
     void prepareStream(const StreamSettings& settings) override;
     void tuneStream(ArvStream* stream, const StreamSettings& settings, const StreamShape& shape) override;
     std::size_t packetData() override;
@@ -35,6 +37,7 @@ protected:
 private:
     using AravisBase::AravisBase;
 
+    std::uint64_t ticksPerSecond();
     std::uint32_t takeExclusiveControl();
     std::uint32_t readRegister(std::uint64_t address, std::uint32_t& value);
     std::uint32_t writeRegister(std::uint64_t address, std::uint32_t value);
@@ -43,6 +46,8 @@ private:
     std::uint32_t writeAligned(std::uint64_t address, const std::uint8_t* source, std::size_t length);
     ArvGvDevice* gv() const { return ARV_GV_DEVICE(arv()); }
 
+    std::uint32_t ip_ = 0;      // the camera's
+    std::uint32_t localIp_ = 0; // of this host, as the camera sees it
     bool registerAccess_ = false;
     bool bigEndian_ = true;
     std::uint32_t privilege_ = 0; // what the control channel privilege register holds while it is ours

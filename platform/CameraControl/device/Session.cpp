@@ -101,19 +101,19 @@ std::uint32_t Session::writeMemory(std::uint64_t address, const std::uint8_t* so
     });
 }
 
-std::shared_ptr<FrameStream> Session::stream() const {
+std::shared_ptr<FrameSource> Session::stream() const {
     const std::lock_guard<std::mutex> lock(mutex_);
     return stream_;
 }
 
 std::uint32_t Session::startGrabbing(const StreamSettings& settings) {
-    FrameStream::Hooks hooks;
+    FrameSource::Hooks hooks;
     hooks.frameCame = [link = link_] { link->with([](Session& session) { session.heard(); }); };
     hooks.sizeChanged = [link = link_](bool urgent) {
         link->with([urgent](Session& session) { session.followSize(urgent); });
     };
     // Shared with the job, which may outlive the wait for it: a stream that nobody takes ends with it.
-    const auto made = std::make_shared<std::shared_ptr<FrameStream>>();
+    const auto made = std::make_shared<std::shared_ptr<FrameSource>>();
     std::uint32_t status = run([this, settings, hooks, made] {
         std::uint32_t result = ioDevice_->openStream(settings, hooks, *made);
         if (result != OV_STATUS_OK) {
@@ -144,7 +144,7 @@ std::uint32_t Session::startGrabbing(const StreamSettings& settings) {
 }
 
 std::uint32_t Session::stopGrabbing() {
-    const std::shared_ptr<FrameStream> stopped = stream();
+    const std::shared_ptr<FrameSource> stopped = stream();
     if (!grabbing_ || !stopped) {
         return OV_STATUS_CALL_ORDER;
     }
@@ -186,7 +186,7 @@ void Session::followSize(bool urgent) {
     io_->post([this, urgent] {
         std::size_t payload = 0;
         const std::uint32_t status = ioDevice_->payloadSize(payload);
-        const std::shared_ptr<FrameStream> followed = stream();
+        const std::shared_ptr<FrameSource> followed = stream();
         if (followed && (status == OV_STATUS_OK || urgent)) {
             followed->followSize(status == OV_STATUS_OK ? payload : 0);
         }
@@ -237,7 +237,7 @@ void Session::beginClose() {
 }
 
 void Session::close() {
-    const std::shared_ptr<FrameStream> last = stream();
+    const std::shared_ptr<FrameSource> last = stream();
     io_->finish(OV_STATUS_CALL_ORDER, [this, last] {
         const bool stopCamera = acquiring_ && !lost_;
         if (stopCamera) {

@@ -14,7 +14,7 @@
 #include <mutex>
 #include <vector>
 
-#include "device/FrameStream.h"
+#include "device/FrameSource.h"
 #include "device/IoQueue.h"
 #include "device/Liveness.h"
 #include "device/Log.h"
@@ -66,7 +66,7 @@ public:
     std::uint32_t stopGrabbing();
     bool isGrabbing() const { return grabbing_; }
     // The one that runs, or the last one; null before the first.
-    std::shared_ptr<FrameStream> stream() const;
+    std::shared_ptr<FrameSource> stream() const;
     std::int32_t optimalPacketSize();
     const std::vector<std::uint8_t>& xml() const { return xml_; }
     bool isLost() const { return lost_; }
@@ -109,7 +109,7 @@ private:
     std::unique_ptr<LivenessMonitor> monitor_;
 
     mutable std::mutex mutex_; // guards stream_
-    std::shared_ptr<FrameStream> stream_;
+    std::shared_ptr<FrameSource> stream_;
     std::atomic<bool> grabbing_{false};
     std::atomic<bool> closing_{false};
     std::atomic<bool> lost_{false};

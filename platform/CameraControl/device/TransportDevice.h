@@ -11,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-#include "device/FrameStream.h"
+#include "device/FrameSource.h"
 
 namespace kolt::cc {
 
@@ -36,8 +36,8 @@ public:
     // The camera's payload size as it is set now.
     virtual std::uint32_t payloadSize(std::size_t& bytes) = 0;
 
-    virtual std::uint32_t openStream(const StreamSettings& settings, FrameStream::Hooks hooks,
-                                     std::shared_ptr<FrameStream>& stream) = 0;
+    virtual std::uint32_t openStream(const StreamSettings& settings, FrameSource::Hooks hooks,
+                                     std::shared_ptr<FrameSource>& stream) = 0;
     // Tells the camera that nobody listens any more. After its acquisition was stopped.
     virtual void closeStreamChannel() = 0;
 

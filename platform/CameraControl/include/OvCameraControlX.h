@@ -36,6 +36,9 @@ typedef struct OVX_CC_STATISTICS {
     uint64_t droppedFrames;     /* incomplete ones, while OV_CC_SetThrowAbnormalImage is on */
     uint64_t tooLargeFrames;    /* larger than the caller's buffer */
     uint64_t bufferExchanges;   /* the buffers followed a changed frame size */
+    /* Not fetched when the stream was stopped. From then on completeFrames plus incompleteFrames is the sum
+     * of these, the delivered, the dropped and the too large ones. */
+    uint64_t unfetchedFrames;
 } OVX_CC_STATISTICS;
 
 /* Fills the first statistics->size bytes at most, which must be at least 8. */

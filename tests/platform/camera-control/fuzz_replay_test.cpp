@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "camera-control/FuzzFind.h"
+#include "camera-control/FuzzGvsp.h"
 
 namespace {
 
@@ -28,6 +29,9 @@ std::size_t replay(const std::string& corpus, Target target) {
 
 TEST(CameraControlCorpus, GvcpAcknowledges) {
     EXPECT_GE(replay("gvcp", fuzz::FuzzGvcp), 11U);
+}
+TEST(CameraControlCorpus, StreamPackets) {
+    EXPECT_GE(replay("gvsp", fuzz::FuzzGvsp), 11U);
 }
 TEST(CameraControlCorpus, DeviceRecords) {
     EXPECT_GE(replay("records", fuzz::FuzzRecords), 5U);

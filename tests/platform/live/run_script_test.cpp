@@ -50,16 +50,16 @@ protected:
         out /= name;
         fs::create_directories(out);
         fs::remove(out / "kolt_live.png");
+        fs::remove(out / "KOLT_CAPTURE.png");
         mark = "run-script-" + std::to_string(getpid());
     }
 
     void Start(std::vector<std::string> arguments, const std::string& display = "") {
         arguments.insert(arguments.begin(), KOLT_SOURCE_DIR "/scripts/run");
-        script = std::make_unique<ChildProcess>(arguments,
-                                                ChildProcess::Environment{{"KOLT_RUN_BIN", KOLT_BIN_DIR},
-                                                                          {"KOLT_RUN_OUT", out},
-                                                                          {"KOLT_MARK", mark},
-                                                                          {"DISPLAY", display}});
+        script = std::make_unique<ChildProcess>(arguments, ChildProcess::Environment{{"KOLT_RUN_BIN", bin},
+                                                                                     {"KOLT_RUN_OUT", out},
+                                                                                     {"KOLT_MARK", mark},
+                                                                                     {"DISPLAY", display}});
     }
 
     testing::AssertionResult NothingIsLeft() const {
@@ -70,13 +70,14 @@ protected:
 
     kolt::test::NetworkNamespace network;
     kolt::test::NamespaceScope inside{network};
+    fs::path bin = KOLT_BIN_DIR;
     fs::path out;
     std::string mark;
     std::unique_ptr<ChildProcess> script;
 };
 
-TEST_F(RunScript, LeavesAScreenshotAndNothingElse) {
-    Start({});
+TEST_F(RunScript, LiveLeavesAScreenshotAndNothingElse) {
+    Start({"--live"});
     EXPECT_EQ(script->waitForExit(), 0) << script->output();
     EXPECT_THAT(script->output(), AllOf(HasSubstr("virtual camera at 127.0.0.1"), HasSubstr("no display"),
                                         HasSubstr(out.string() + "/kolt_live.png"),
@@ -96,7 +97,7 @@ TEST_F(RunScript, TakesTheNextAddressWhereTheFirstIsTaken) {
     vcam::Config config;
     vcam::VirtualCamera other(config);
     other.Start();
-    Start({"--headless", "3"});
+    Start({"--live", "--headless", "3"});
     EXPECT_EQ(script->waitForExit(), 0) << script->output();
     EXPECT_THAT(script->output(), AllOf(HasSubstr("virtual camera at 127.0.0.2"), HasSubstr("(127.0.0.2)"),
                                         Not(HasSubstr("no display"))));
@@ -108,28 +109,116 @@ TEST_F(RunScript, WithACameraItStartsNone) {
     config.serial = "VC000779";
     vcam::VirtualCamera other(config);
     other.Start();
-    Start({"--camera", "VC000779", "--headless", "3"});
+    Start({"--live", "--camera", "VC000779", "--headless", "3"});
     EXPECT_EQ(script->waitForExit(), 0) << script->output();
     EXPECT_THAT(script->output(),
                 AllOf(Not(HasSubstr("virtual camera at")), HasSubstr("VC000779 (127.0.0.1)")));
 }
 
 TEST_F(RunScript, HandsTheExitCodeOn) {
-    Start({"--camera", "nobody", "--headless", "3"});
+    Start({"--live", "--camera", "nobody", "--headless", "3"});
     EXPECT_EQ(script->waitForExit(), 3) << script->output();
 }
 
-class RunScriptEnds : public RunScript, public testing::WithParamInterface<int> {};
+/// With the main program, from a folder of its own: it writes its settings beside itself.
+class RunProgram : public RunScript {
+protected:
+    void SetUp() override {
+        RunScript::SetUp();
+        bin = out / "bin";
+        fs::remove_all(bin);
+        fs::create_directories(bin);
+        for (const char* file : {"KOLT_CAPTURE", "kolt_live", "kolt_virtual_camera", "libOvCameraControl.so",
+                                 "libOvMediaKit.so", "libOVRender.so", "libGenApi_gcc421_v3_0.so",
+                                 "libGCBase_gcc421_v3_0.so", "KOLT_en.qm", "qt_zh_CN.qm"}) {
+            std::error_code elsewhere;
+            fs::create_hard_link(fs::path(KOLT_BIN_DIR) / file, bin / file, elsewhere);
+            if (elsewhere)
+                fs::copy_file(fs::path(KOLT_BIN_DIR) / file, bin / file);
+        }
+    }
+    void TearDown() override { fs::remove_all(bin); }
+};
+
+TEST_F(RunProgram, PlaysTheTourWithoutADisplay) {
+    Start({});
+    EXPECT_EQ(script->waitForExit(std::chrono::seconds(240)), 0) << script->output();
+    EXPECT_GT(std::distance(fs::directory_iterator(out / "tour"), fs::directory_iterator()), 5);
+    EXPECT_FALSE(fs::exists(out / "KOLT_CAPTURE.png"));
+    EXPECT_TRUE(NothingIsLeft());
+}
+
+TEST_F(RunProgram, WithArgumentsLeavesAScreenshotAndNothingElse) {
+    Start({"-nograb"});
+    EXPECT_EQ(script->waitForExit(), 0) << script->output();
+    EXPECT_THAT(script->output(), AllOf(HasSubstr("virtual camera at 127.0.0.1"), HasSubstr("no display"),
+                                        HasSubstr(out.string() + "/KOLT_CAPTURE.png")));
+    const live_test::Shot shot = live_test::ReadPicture(out / "KOLT_CAPTURE.png");
+    ASSERT_EQ(shot.width, 1920U);
+    ASSERT_EQ(shot.height, 1080U);
+    // The window's size on a first start is that of its frame, in the middle; its title bar is white.
+    EXPECT_TRUE(shot.Shows(960, 150, {255, 255, 255}, 4));
+    EXPECT_TRUE(NothingIsLeft());
+}
+
+TEST_F(RunProgram, WithoutACameraStartsNone) {
+    Start({"--no-camera"});
+    EXPECT_EQ(script->waitForExit(), 0) << script->output();
+    EXPECT_THAT(script->output(), AllOf(HasSubstr("no display"), Not(HasSubstr("virtual camera at"))));
+    EXPECT_TRUE(fs::exists(out / "KOLT_CAPTURE.png"));
+    EXPECT_TRUE(NothingIsLeft());
+}
+
+TEST_F(RunProgram, TakesTheDisplayThatIsThere) {
+    const std::string lines =
+        "scripts/run >&2 & run=$!\n"
+        "timeout 60 xdotool search --sync --onlyvisible --class KOLT_CAPTURE getwindowname\n"
+        "kill $run; wait $run; echo ended $?";
+    script = std::make_unique<ChildProcess>(
+        std::vector<std::string>{"env", "--chdir=" KOLT_SOURCE_DIR, "scripts/with-xvfb", "bash", "-c", lines},
+        ChildProcess::Environment{
+            {"KOLT_RUN_BIN", bin}, {"KOLT_RUN_OUT", out}, {"KOLT_MARK", mark}, {"DISPLAY", ""}});
+    EXPECT_EQ(script->waitForExit(), 0) << script->output();
+    EXPECT_THAT(script->output(),
+                AllOf(HasSubstr("KOLT CAPTURE"), HasSubstr("ended 143"), Not(HasSubstr("no display"))));
+    EXPECT_FALSE(fs::exists(out / "KOLT_CAPTURE.png"));
+    EXPECT_TRUE(NothingIsLeft());
+}
+
+TEST_F(RunProgram, TellsItsUse) {
+    Start({"--help"});
+    EXPECT_EQ(script->waitForExit(), 0);
+    EXPECT_THAT(script->output(), AllOf(HasSubstr("scripts/run --live"), HasSubstr("--no-camera")));
+    EXPECT_TRUE(NothingIsLeft());
+}
+
+struct Ending {
+    const char* program;
+    int signal;
+    size_t processes; ///< the script, the camera, Xvfb, its script, and what the script starts
+};
+void PrintTo(const Ending& ending, std::ostream* out) {
+    *out << ending.program << " by signal " << ending.signal << ", " << ending.processes << " processes";
+}
+class RunScriptEnds : public RunProgram, public testing::WithParamInterface<Ending> {};
 
 TEST_P(RunScriptEnds, WithAllItsChildren) {
-    Start({});
-    ASSERT_TRUE(script->waitForOutput("frames of")) << script->output();
-    EXPECT_GE(Marked("KOLT_MARK=" + mark).size(), 4U); // the script, the camera, Xvfb, kolt_live
-    script->signal(GetParam());
+    const bool live = GetParam().program == std::string("kolt_live");
+    Start({live ? "--live" : "-nograb"});
+    ASSERT_TRUE(script->waitForOutput(live ? "frames of" : "no display")) << script->output();
+    ASSERT_TRUE(Eventually([this] { return Marked("KOLT_MARK=" + mark).size() >= GetParam().processes; }));
+    script->signal(GetParam().signal);
     EXPECT_TRUE(script->waitForExit().has_value());
     EXPECT_TRUE(NothingIsLeft());
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, RunScriptEnds, testing::Values(SIGINT, SIGTERM, SIGHUP, SIGKILL));
+INSTANTIATE_TEST_SUITE_P(Signals, RunScriptEnds,
+                         testing::Values(Ending{"kolt_live", SIGINT, 5}, Ending{"kolt_live", SIGTERM, 5},
+                                         Ending{"kolt_live", SIGHUP, 5}, Ending{"kolt_live", SIGKILL, 5},
+                                         Ending{"KOLT_CAPTURE", SIGINT, 7},
+                                         Ending{"KOLT_CAPTURE", SIGKILL, 7}),
+                         [](const auto& row) {
+                             return row.param.program + ("_" + std::to_string(row.param.signal));
+                         });
 
 } // namespace

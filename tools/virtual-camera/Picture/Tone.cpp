@@ -101,16 +101,4 @@ Rgb12 ExpectedColour(const PictureSettings& settings, Rgb8 scene) {
     return Tone(settings).Whole(scene);
 }
 
-std::array<uint16_t, 256> ToneCurve(const PictureSettings& settings) {
-    PictureSettings grey = settings;
-    grey.hueEnable = grey.saturationEnable = false;
-    const Tone tone(grey);
-    std::array<uint16_t, 256> curve{};
-    for (size_t value = 0; value < curve.size(); ++value) {
-        const auto component = static_cast<uint8_t>(value);
-        curve[value] = tone.Whole({component, component, component}).green;
-    }
-    return curve;
-}
-
 } // namespace vcam

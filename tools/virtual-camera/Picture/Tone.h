@@ -58,9 +58,6 @@ private:
 // about it. For HDR: settings of one frame.
 Rgb12 ExpectedColour(const PictureSettings& settings, Rgb8 scene);
 
-// ExpectedColour of greys, without hue and saturation.
-std::array<uint16_t, 256> ToneCurve(const PictureSettings& settings);
-
 } // namespace vcam
 
 #endif

@@ -74,8 +74,8 @@ public:
         return OV_STATUS_OK;
     }
     std::uint32_t payloadSize(std::size_t&) override { return OV_STATUS_NOT_SUPPORTED; }
-    std::uint32_t openStream(const StreamSettings&, FrameStream::Hooks,
-                             std::shared_ptr<FrameStream>&) override {
+    std::uint32_t openStream(const StreamSettings&, FrameSource::Hooks,
+                             std::shared_ptr<FrameSource>&) override {
         script_->pass();
         return OV_STATUS_NOT_SUPPORTED;
     }

@@ -26,15 +26,24 @@ inline std::uint32_t numberIn(const Fetched& frame) {
     return number;
 }
 
-class StreamRig : public testing::Test {
+// The two ways by which a stream is received.
+enum class Road { plainSocket, packetSocket };
+
+inline std::string roadName(const testing::TestParamInfo<Road>& info) {
+    return info.param == Road::plainSocket ? "PlainSocket" : "PacketSocket";
+}
+
+// Tests derive from this and run over both.
+class StreamRig : public testing::TestWithParam<Road> {
 protected:
     explicit StreamRig(const vcam::Config& config = smallCamera()) : camera_(config) {
         camera_.Start();
         handle_ = std::make_unique<Handle>(recordOf(camera_.Address()));
         EXPECT_EQ(handle_->open(), OV_STATUS_OK);
-        // The packet socket costs a tenth of a second at each start; its own tests use it.
-        EXPECT_EQ(OVX_CC_SetOption(*handle_, OVX_OPTION_PACKET_SOCKET, 0), OV_STATUS_OK);
+        EXPECT_EQ(OVX_CC_SetOption(*handle_, OVX_OPTION_PACKET_SOCKET, isPacketSocket() ? 1 : 0),
+                  OV_STATUS_OK);
     }
+    static bool isPacketSocket() { return GetParam() == Road::packetSocket; }
     void start() { ASSERT_EQ(OV_CC_StartGrabbing(*handle_), OV_STATUS_OK); }
     void stop() { ASSERT_EQ(OV_CC_StopGrabbing(*handle_), OV_STATUS_OK); }
     void setFaults(const std::function<void(vcam::Faults&)>& change) {

@@ -15,12 +15,12 @@
 #include "Camera/Boundary/OvStatus.h"
 #include "Waiting.h"
 #include "device/AlignedSpan.h"
-#include "device/FrameBuffer.h"
 #include "device/FrameStream.h"
 #include "device/GigeDevice.h"
 #include "device/Log.h"
 #include "device/ReceiveBuffer.h"
 #include "device/Statuses.h"
+#include "gvsp/FrameBuffer.h"
 
 namespace kolt::cc {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "device/FrameTally.h"
+#include "gvsp/FrameTally.h"
 
 namespace kolt::cc {
 namespace {
@@ -24,6 +24,13 @@ TEST(BlockIds, GapsBetweenTwoNumbers) {
     EXPECT_EQ(blockIdAfter(65535, 1), 1U) << "0 is skipped";
     EXPECT_EQ(blockIdAfter(65535, 0), 65535U);
     EXPECT_EQ(blockIdAfter(70000, 1), 70001U);
+}
+
+TEST(BlockIds, FramesBeforeTheFirstOneThatWasSeen) {
+    for (const auto& [first, missing] : std::vector<std::pair<std::uint64_t, std::uint64_t>>{
+             {1, 0}, {2, 1}, {100, 99}, {101, 0}, {0, 0}, {65535, 0}, {~std::uint64_t{0}, 0}}) {
+        EXPECT_EQ(missingBeforeFirst(first), missing) << first;
+    }
 }
 
 // Frames of 10 packets: leader, 8 of data, trailer.
@@ -63,6 +70,17 @@ TEST_F(Tally, CompleteFramesLoseNothing) {
     EXPECT_EQ(tally.totals().frames, 10U);
     EXPECT_EQ(tally.totals().lostPackets, 0U);
     EXPECT_EQ(tally.totals().vanishedFrames, 0U);
+}
+
+TEST_F(Tally, FramesBeforeTheFirstVanish) {
+    FrameTally tally(true, false);
+    complete(tally, 4);
+    complete(tally, 5);
+    EXPECT_EQ(tally.totals().vanishedFrames, 3U);
+    EXPECT_EQ(tally.totals().lostPackets, 30U);
+    FrameTally withoutIds(false, false);
+    complete(withoutIds, 4);
+    EXPECT_EQ(withoutIds.totals().vanishedFrames, 0U);
 }
 
 TEST_F(Tally, LeaderPayloadAndTrailerCountOneByOne) {
@@ -118,17 +136,17 @@ TEST_F(Tally, FramesOfWhichNothingCameAreKnownByTheGapInTheNumbers) {
 
 TEST_F(Tally, AFrameWithoutLeaderHasNoNumberAndLeavesNoGap) {
     FrameTally tally(true, false);
-    complete(tally, 7);
+    complete(tally, 1);
     begin(tally);
     receive(8);
     begin(tally);
-    EXPECT_EQ(close(tally, End::incomplete, 3 /* of an earlier use of the buffer */, 0, false), 1U);
-    EXPECT_EQ(tally.blockId(), 8U);
+    EXPECT_EQ(close(tally, End::incomplete, 9 /* of an earlier use of the buffer */, 0, false), 1U);
+    EXPECT_EQ(tally.blockId(), 2U);
     receive(9);
-    close(tally, End::complete, 9);
+    close(tally, End::complete, 3);
     EXPECT_EQ(tally.totals().vanishedFrames, 0U);
     EXPECT_EQ(tally.totals().lostPackets, 1U);
-    EXPECT_EQ(tally.blockId(), 9U);
+    EXPECT_EQ(tally.blockId(), 3U);
 }
 
 TEST_F(Tally, PacketsWithoutABufferAreNotLostOnTheWay) {

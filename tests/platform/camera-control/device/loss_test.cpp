@@ -50,8 +50,10 @@ protected:
     }
 };
 
-// The requirement's own case: 5 in 1000 packets lost, and nothing is missing with resend on.
-TEST_F(Loss, ResendBringsEveryFrameWhole) {
+INSTANTIATE_TEST_SUITE_P(Roads, Loss, testing::Values(Road::plainSocket, Road::packetSocket), roadName);
+
+// The case that matters most: 5 in 1000 packets lost, and nothing is missing with resend on.
+TEST_P(Loss, ResendBringsEveryFrameWhole) {
     const std::uint32_t count = frames(150, 1000);
     limitFrames(count);
     lose(5);
@@ -64,9 +66,10 @@ TEST_F(Loss, ResendBringsEveryFrameWhole) {
         ASSERT_EQ(numberIn(got[index]), index + 1);
     }
     const OVX_CC_STATISTICS statistics = settled(count);
+    // The camera, too, counts a packet only after it was sent.
+    EXPECT_TRUE(eventually([&] { return camera_.GetCounters().packetsMissing == 0; })) << story();
     const vcam::Counters counters = camera_.GetCounters();
     EXPECT_GT(counters.packetsDropped, 0U);
-    EXPECT_EQ(counters.packetsMissing, 0U);
     EXPECT_EQ(statistics.lostPackets, 0U);
     EXPECT_EQ(statistics.incompleteFrames + statistics.vanishedFrames + statistics.unbufferedFrames, 0U);
     EXPECT_EQ(statistics.resentPackets, counters.packetsDropped) << "each lost packet came on request";
@@ -74,7 +77,7 @@ TEST_F(Loss, ResendBringsEveryFrameWhole) {
     EXPECT_EQ(handle_->matchInfo().errorCount, 0U);
 }
 
-TEST_F(Loss, ResendBringsEveryFrameEvenWhenTheAnswersAreLostToo) {
+TEST_P(Loss, ResendBringsEveryFrameEvenWhenTheAnswersAreLostToo) {
     limitFrames(60);
     lose(20, [](vcam::Faults& faults) { faults.resendsLoseToo = true; });
     start();
@@ -88,7 +91,7 @@ TEST_F(Loss, ResendBringsEveryFrameEvenWhenTheAnswersAreLostToo) {
 }
 
 // Frame by frame and in sum, leaders and trailers included.
-TEST_F(Loss, WithoutResendEveryLostPacketIsCountedOnceAndOnItsFrame) {
+TEST_P(Loss, WithoutResendEveryLostPacketIsCountedOnceAndOnItsFrame) {
     const std::uint32_t count = frames(150, 1000);
     for (const std::uint32_t perMille : {5U, 60U}) {
         limitFrames(count + 1);
@@ -128,7 +131,7 @@ TEST_F(Loss, WithoutResendEveryLostPacketIsCountedOnceAndOnItsFrame) {
     }
 }
 
-TEST_F(Loss, WhatDidNotComeIsZeroAndNothingOfAnEarlierFrame) {
+TEST_P(Loss, WhatDidNotComeIsZeroAndNothingOfAnEarlierFrame) {
     limitFrames(40);
     resend(false);
     ASSERT_EQ(OV_CC_SetImageNodeNum(*handle_, 2), OV_STATUS_OK); // buffers are used again soon
@@ -152,7 +155,7 @@ TEST_F(Loss, WhatDidNotComeIsZeroAndNothingOfAnEarlierFrame) {
     EXPECT_EQ(seen, camera_.GetCounters().packetsMissing);
 }
 
-TEST_F(Loss, IncompleteFramesAreDroppedWhenAskedForAndCountedAllTheSame) {
+TEST_P(Loss, IncompleteFramesAreDroppedWhenAskedForAndCountedAllTheSame) {
     limitFrames(60);
     resend(false);
     lose(4);
@@ -174,7 +177,7 @@ TEST_F(Loss, IncompleteFramesAreDroppedWhenAskedForAndCountedAllTheSame) {
     EXPECT_EQ(handle_->matchInfo().errorCount, counters.framesMissingPackets);
 }
 
-TEST_F(Loss, DroppingMayBeSwitchedWhileGrabbing) {
+TEST_P(Loss, DroppingMayBeSwitchedWhileGrabbing) {
     resend(false);
     lose(30);
     start();
@@ -197,7 +200,7 @@ TEST_F(Loss, DroppingMayBeSwitchedWhileGrabbing) {
 }
 
 // The frames behind a hopeless one wait for it, but none is lost for want of a buffer.
-TEST_F(Loss, ACameraThatIgnoresRequestsCostsItsLossyFramesAlone) {
+TEST_P(Loss, ACameraThatIgnoresRequestsCostsItsLossyFramesAlone) {
     limitFrames(60);
     lose(1, [](vcam::Faults& faults) { faults.ignoreResend = true; });
     start();
@@ -212,7 +215,7 @@ TEST_F(Loss, ACameraThatIgnoresRequestsCostsItsLossyFramesAlone) {
     EXPECT_EQ(statistics.resentPackets, 0U);
 }
 
-TEST_F(Loss, DoubledAndMisplacedPacketsHurtNoFrame) {
+TEST_P(Loss, DoubledAndMisplacedPacketsHurtNoFrame) {
     for (const bool on : {true, false}) {
         limitFrames(40);
         resend(on);
@@ -237,7 +240,7 @@ TEST_F(Loss, DoubledAndMisplacedPacketsHurtNoFrame) {
 }
 
 // A changed size in mid-stream: some frames are lost, and counted, then all come.
-TEST_F(Loss, BuffersFollowFramesThatGrowAndShrink) {
+TEST_P(Loss, BuffersFollowFramesThatGrowAndShrink) {
     start();
     ASSERT_EQ(fetch(*handle_).status, OV_STATUS_OK);
     struct Size {
@@ -267,12 +270,13 @@ TEST_F(Loss, BuffersFollowFramesThatGrowAndShrink) {
         }
     }
     EXPECT_GE(handle_->statistics().bufferExchanges, 1U);
-    EXPECT_GE(handle_->statistics().unfitFrames, 1U);
+    // What is received by ourselves needs no buffer of the right size beforehand.
+    EXPECT_EQ(handle_->statistics().unfitFrames > 0, !isPacketSocket());
     EXPECT_EQ(handle_->statistics().vanishedFrames, 0U);
     EXPECT_EQ(handle_->statistics().lostPackets, 0U) << "none was lost on the way";
 }
 
-TEST_F(Loss, FramesThatCarryMoreThanTheySayComeWholeAfterTheFirst) {
+TEST_P(Loss, FramesThatCarryMoreThanTheySayComeWholeAfterTheFirst) {
     start();
     ASSERT_EQ(fetch(*handle_).status, OV_STATUS_OK);
     for (const std::uint32_t extra : {100U, 5000U}) {

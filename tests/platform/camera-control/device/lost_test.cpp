@@ -64,7 +64,9 @@ protected:
     Clock::time_point died_;
 };
 
-TEST_F(Lost, IdleCamera) {
+INSTANTIATE_TEST_SUITE_P(Roads, Lost, testing::Values(Road::plainSocket, Road::packetSocket), roadName);
+
+TEST_P(Lost, IdleCamera) {
     die();
     expectOneMessageInTime();
     // Whatever is asked of it now is answered at once.
@@ -82,7 +84,7 @@ TEST_F(Lost, IdleCamera) {
     EXPECT_EQ(handle_->open(), OV_STATUS_NETWORK);
 }
 
-TEST_F(Lost, WhileAFrameIsWaitedFor) {
+TEST_P(Lost, WhileAFrameIsWaitedFor) {
     start();
     ASSERT_EQ(fetch(*handle_).status, OV_STATUS_OK);
     std::atomic<bool> waiting{false};
@@ -105,7 +107,7 @@ TEST_F(Lost, WhileAFrameIsWaitedFor) {
     expectQuickClose();
 }
 
-TEST_F(Lost, WhileARegisterIsRead) {
+TEST_P(Lost, WhileARegisterIsRead) {
     std::atomic<bool> reading{false};
     std::array<std::thread, 3> readers; // one in the access, two behind it
     for (std::thread& reader : readers) {
@@ -129,7 +131,7 @@ TEST_F(Lost, WhileARegisterIsRead) {
     expectQuickClose();
 }
 
-TEST_F(Lost, BeforeTheStartIsAnswered) {
+TEST_P(Lost, BeforeTheStartIsAnswered) {
     die();
     EXPECT_EQ(OV_CC_StartGrabbing(*handle_), OV_STATUS_PRECONDITION);
     EXPECT_LT(millisecondsSince(died_), kMessageMs);
@@ -137,7 +139,7 @@ TEST_F(Lost, BeforeTheStartIsAnswered) {
     expectQuickClose();
 }
 
-TEST_F(Lost, BeforeTheStopIsAnswered) {
+TEST_P(Lost, BeforeTheStopIsAnswered) {
     start();
     ASSERT_EQ(fetch(*handle_).status, OV_STATUS_OK);
     die();
@@ -148,7 +150,7 @@ TEST_F(Lost, BeforeTheStopIsAnswered) {
     expectQuickClose();
 }
 
-TEST_F(Lost, WhileThePacketSizeIsLookedFor) {
+TEST_P(Lost, WhileThePacketSizeIsLookedFor) {
     std::atomic<bool> asking{false};
     std::int32_t size = 0;
     std::thread asker([&] {
@@ -166,7 +168,7 @@ TEST_F(Lost, WhileThePacketSizeIsLookedFor) {
 }
 
 // Nobody knows yet that it is dead; and nobody is told, as it is closed.
-TEST_F(Lost, ClosedRightAfterItsDeath) {
+TEST_P(Lost, ClosedRightAfterItsDeath) {
     for (const bool grabbing : {false, true}) {
         if (grabbing) {
             ASSERT_EQ(handle_->open(), OV_STATUS_OK);
@@ -180,7 +182,7 @@ TEST_F(Lost, ClosedRightAfterItsDeath) {
     }
 }
 
-TEST_F(Lost, WhatIsLeftOfItGoesInTheBackground) {
+TEST_P(Lost, WhatIsLeftOfItGoesInTheBackground) {
     ASSERT_EQ(OV_CC_CloseDevice(*handle_), OV_STATUS_OK);
     ASSERT_EQ(OVX_CC_WaitIdle(20000), OV_STATUS_OK);
     const std::size_t threads = threadCount();
@@ -196,7 +198,7 @@ TEST_F(Lost, WhatIsLeftOfItGoesInTheBackground) {
     EXPECT_EQ(descriptorCount(), descriptors);
 }
 
-TEST_F(Lost, DestroyedRightAfterItsDeath) {
+TEST_P(Lost, DestroyedRightAfterItsDeath) {
     start();
     die();
     const auto begun = Clock::now();
@@ -205,7 +207,7 @@ TEST_F(Lost, DestroyedRightAfterItsDeath) {
     EXPECT_EQ(messages_.all().size(), 0U);
 }
 
-TEST_F(Lost, ControlIsTakenAwayByARestartOfTheCamera) {
+TEST_P(Lost, ControlIsTakenAwayByARestartOfTheCamera) {
     camera_.Stop();
     camera_.Start(); // at once: it answers every probe, but knows of no one who controls it
     died_ = Clock::now();
@@ -214,7 +216,7 @@ TEST_F(Lost, ControlIsTakenAwayByARestartOfTheCamera) {
     EXPECT_EQ(handle_->open(), OV_STATUS_OK);
 }
 
-TEST_F(Lost, ControlIsTakenAwayAndHeldByAnother) {
+TEST_P(Lost, ControlIsTakenAwayAndHeldByAnother) {
     start();
     camera_.Stop();
     camera_.Start();
@@ -228,7 +230,7 @@ TEST_F(Lost, ControlIsTakenAwayAndHeldByAnother) {
     EXPECT_EQ(handle_->open(), OV_STATUS_ACCESS_DENIED);
 }
 
-TEST_F(Lost, TheCallbackMayClose) {
+TEST_P(Lost, TheCallbackMayClose) {
     std::uint32_t status = ~0U;
     double took = 0;
     messages_.runInside([&] {
@@ -244,7 +246,7 @@ TEST_F(Lost, TheCallbackMayClose) {
     EXPECT_EQ(OV_CC_CloseDevice(*handle_), OV_STATUS_CALL_ORDER);
 }
 
-TEST_F(Lost, TheCallbackMayDestroyItsHandle) {
+TEST_P(Lost, TheCallbackMayDestroyItsHandle) {
     void* handle = nullptr;
     const _OV_CC_DEVICE_INFO_ record = recordOf(camera_.Address());
     handle_.reset();
@@ -261,7 +263,7 @@ TEST_F(Lost, TheCallbackMayDestroyItsHandle) {
 }
 
 // As the program does it: the callback waits for the thread that fetches frames.
-TEST_F(Lost, TheCallbackMayWaitForTheGrabber) {
+TEST_P(Lost, TheCallbackMayWaitForTheGrabber) {
     start();
     std::atomic<bool> stop{false};
     std::thread grabber([&] {
@@ -280,7 +282,7 @@ TEST_F(Lost, TheCallbackMayWaitForTheGrabber) {
     expectQuickClose();
 }
 
-TEST_F(Lost, ClosingAndCallbackMeet) {
+TEST_P(Lost, ClosingAndCallbackMeet) {
     std::atomic<bool> inside{false};
     messages_.runInside([&] {
         inside = true;
@@ -297,7 +299,7 @@ TEST_F(Lost, ClosingAndCallbackMeet) {
     EXPECT_TRUE(messages_.waitFor(1));
 }
 
-TEST_F(Lost, WithoutACallbackNothingIsToldUntilThereIsOne) {
+TEST_P(Lost, WithoutACallbackNothingIsToldUntilThereIsOne) {
     ASSERT_EQ(OV_CC_RegisterExceptionCallBack(*handle_, nullptr, nullptr), OV_STATUS_OK);
     die();
     ASSERT_TRUE(eventually([&] { return handle_->port().GetAccessMode() == GenApi_3_0::NA; }));
@@ -307,13 +309,13 @@ TEST_F(Lost, WithoutACallbackNothingIsToldUntilThereIsOne) {
     EXPECT_EQ(messages_.all().size(), 1U);
 }
 
-TEST_F(Lost, AClosedCameraSendsNoMessage) {
+TEST_P(Lost, AClosedCameraSendsNoMessage) {
     ASSERT_EQ(OV_CC_CloseDevice(*handle_), OV_STATUS_OK);
     die();
     EXPECT_FALSE(messages_.waitFor(1, milliseconds(1200)));
 }
 
-TEST_F(Lost, EachOpeningHasAMessageOfItsOwn) {
+TEST_P(Lost, EachOpeningHasAMessageOfItsOwn) {
     for (std::size_t round = 1; round <= 2; ++round) {
         die();
         ASSERT_TRUE(messages_.waitFor(round));
@@ -335,13 +337,16 @@ protected:
     }
 };
 
-TEST_F(Alive, AnIdleCameraIsKeptBeyondItsHeartbeatTimeOut) {
+// How a stream is received makes no difference here; a plain socket is what a busy host hurts most.
+INSTANTIATE_TEST_SUITE_P(Roads, Alive, testing::Values(Road::plainSocket), roadName);
+
+TEST_P(Alive, AnIdleCameraIsKeptBeyondItsHeartbeatTimeOut) {
     EXPECT_FALSE(messages_.waitFor(1, milliseconds(4000)));
     expectNoMessage();
     EXPECT_EQ(camera_.GetCounters().heartbeatsExpired, 0U);
 }
 
-TEST_F(Alive, ACameraThatTakesItsTimeForARegisterIsNotDead) {
+TEST_P(Alive, ACameraThatTakesItsTimeForARegisterIsNotDead) {
     for (const bool announce : {true, false}) {
         setFaults([&](vcam::Faults& faults) {
             faults.answerDelayMs = 400;
@@ -354,7 +359,7 @@ TEST_F(Alive, ACameraThatTakesItsTimeForARegisterIsNotDead) {
     }
 }
 
-TEST_F(Alive, ACameraThatAnswersNothingElseWhileItWorksIsNotDead) {
+TEST_P(Alive, ACameraThatAnswersNothingElseWhileItWorksIsNotDead) {
     setFaults([](vcam::Faults& faults) { faults.answerDelayMs = 1100; });
     EXPECT_EQ(readFailure(handle_->port()), "");
     camera_.SetFaults({});
@@ -362,7 +367,7 @@ TEST_F(Alive, ACameraThatAnswersNothingElseWhileItWorksIsNotDead) {
     expectNoMessage();
 }
 
-TEST_F(Alive, ABusyStreamOnABusyHostIsNotDead) {
+TEST_P(Alive, ABusyStreamOnABusyHostIsNotDead) {
     std::atomic<bool> stop{false};
     std::vector<std::thread> burners;
     for (unsigned core = 0; core < 2 * std::thread::hardware_concurrency(); ++core) {

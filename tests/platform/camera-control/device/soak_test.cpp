@@ -100,7 +100,7 @@ TEST(Soak, OpeningAndClosingLeavesNothing) {
     for (unsigned round = 0; round < all; ++round) {
         const Handle handle(recordOf(camera.Address()));
         ASSERT_EQ(handle.open(), OV_STATUS_OK) << round;
-        ASSERT_EQ(OVX_CC_SetOption(handle, OVX_OPTION_PACKET_SOCKET, 0), OV_STATUS_OK);
+        ASSERT_EQ(OVX_CC_SetOption(handle, OVX_OPTION_PACKET_SOCKET, round / 4 % 2), OV_STATUS_OK);
         std::uint32_t version = 0;
         ASSERT_NO_THROW(handle.port().Read(&version, 0, 4)) << round;
         if (round % 4 == 1) {
@@ -123,7 +123,7 @@ TEST(Soak, CamerasThatDieAndComeBackLeaveNothing) {
         Messages messages;
         const Handle handle(recordOf(camera.Address()));
         ASSERT_EQ(handle.open(), OV_STATUS_OK) << round;
-        ASSERT_EQ(OVX_CC_SetOption(handle, OVX_OPTION_PACKET_SOCKET, 0), OV_STATUS_OK);
+        ASSERT_EQ(OVX_CC_SetOption(handle, OVX_OPTION_PACKET_SOCKET, round / 2 % 2), OV_STATUS_OK);
         ASSERT_EQ(OV_CC_RegisterExceptionCallBack(handle, Messages::callback, &messages), OV_STATUS_OK);
         if (round % 2 == 0) {
             ASSERT_NO_FATAL_FAILURE(grabOne(handle)) << round;

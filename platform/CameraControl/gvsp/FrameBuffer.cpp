@@ -1,4 +1,4 @@
-#include "device/FrameBuffer.h"
+#include "gvsp/FrameBuffer.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "device/FrameTally.h"
+#include "gvsp/FrameTally.h"
 
 #include <algorithm>
 
@@ -22,6 +22,11 @@ std::uint64_t blockIdAfter(std::uint64_t last, std::uint64_t steps) {
     return last <= kIds && next > kIds ? next - kIds : next;
 }
 
+std::uint64_t missingBeforeFirst(std::uint64_t first) {
+    constexpr std::uint64_t kMost = 100;
+    return first >= 1 && first <= kMost ? first - 1 : 0;
+}
+
 void FrameTally::frameBegun(const TransportCounters& now) {
     begun_.push_back({now.useful() - 1, now.underruns});
 }
@@ -31,7 +36,9 @@ std::uint64_t FrameTally::gapBefore(const ClosedFrame& frame) {
         ++unnumbered_;
         return 0;
     }
-    const std::uint64_t missing = haveId_ && packetised_ ? missingBetween(lastId_, frame.blockId) : 0;
+    const std::uint64_t missing = !packetised_ ? 0
+                                  : haveId_    ? missingBetween(lastId_, frame.blockId)
+                                               : missingBeforeFirst(frame.blockId);
     const std::uint64_t vanished = missing - std::min(missing, unnumbered_);
     haveId_ = true;
     lastId_ = frame.blockId;

@@ -56,6 +56,9 @@ struct TallyTotals {
 // 65535 says that the camera uses the 64-bit ones. 0 where the step makes no sense as a loss (the camera
 // began anew).
 std::uint64_t missingBetween(std::uint64_t last, std::uint64_t next);
+// Frames of a stream that went by before its first one was seen. Ids begin with 1 when the stream channel is
+// opened (GigE Vision, block_id). A camera that counts on instead is known by an id beyond any start: 0 then.
+std::uint64_t missingBeforeFirst(std::uint64_t first);
 std::uint64_t blockIdAfter(std::uint64_t last, std::uint64_t steps);
 
 class FrameTally {

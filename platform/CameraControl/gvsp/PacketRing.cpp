@@ -1,0 +1,177 @@
+#include "gvsp/PacketRing.h"
+
+#include <algorithm>
+#include <array>
+
+#include <arpa/inet.h>
+#include <linux/filter.h>
+#include <linux/if_ether.h>
+#include <linux/if_packet.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "find/GvcpCodec.h"
+
+namespace kolt::cc {
+
+namespace {
+
+// Milliseconds after which the kernel gives a block away that isn't full, which is how long a frame's last
+// packets may wait. Each block wakes the reader, and a wake-up costs as much as sorting hundreds of packets.
+constexpr unsigned kBlockPatience = 5;
+
+// While a block is read, more than it can hold: datagrams of it may be released meanwhile.
+constexpr std::uint32_t kReading = std::uint32_t{1} << 30;
+// The block is the kernel's.
+constexpr std::uint32_t kFree = ~std::uint32_t{0};
+
+constexpr std::size_t kIpHeader = 20;
+constexpr std::size_t kUdpHeader = 8;
+
+// The filter sees packets from their IP header on. Fragments are no whole datagrams and left out.
+bool attachFilter(int fd, const PacketFlow& flow) {
+    std::array<sock_filter, 13> code = {{
+        BPF_STMT(BPF_LD | BPF_B | BPF_ABS, 9), // protocol
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, IPPROTO_UDP, 0, 10),
+        BPF_STMT(BPF_LD | BPF_H | BPF_ABS, 6), // fragment
+        BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, 0x3FFF, 8, 0),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, 12), // source
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, flow.source, 0, 6),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, 16), // destination
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, flow.destination, 0, 4),
+        BPF_STMT(BPF_LDX | BPF_B | BPF_MSH, 0), // length of the IP header
+        BPF_STMT(BPF_LD | BPF_H | BPF_IND, 2),  // destination port
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, flow.destinationPort, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, 0x40000),
+        BPF_STMT(BPF_RET | BPF_K, 0),
+    }};
+    const sock_fprog program{static_cast<unsigned short>(code.size()), code.data()};
+    return setsockopt(fd, SOL_SOCKET, SO_ATTACH_FILTER, &program, sizeof program) == 0;
+}
+
+tpacket_block_desc* descriptorOf(std::uint8_t* block) {
+    return reinterpret_cast<tpacket_block_desc*>(block);
+}
+
+} // namespace
+
+std::shared_ptr<PacketRing> PacketRing::open(const PacketFlow& flow, const Size& size) {
+    // Of no protocol until all is set: so nothing comes in before the filter is there.
+    const int fd = socket(AF_PACKET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (fd < 0) {
+        return nullptr;
+    }
+    std::shared_ptr<PacketRing> ring(new PacketRing(fd, size.block));
+    const int version = TPACKET_V3;
+    if (setsockopt(fd, SOL_PACKET, PACKET_VERSION, &version, sizeof version) != 0 ||
+        !attachFilter(fd, flow) || !ring->map(size.blocks)) {
+        return nullptr;
+    }
+    // Of all interfaces: the filter knows the flow, and a camera on this host comes by loopback, whatever the
+    // interface of its address is.
+    sockaddr_ll address{};
+    address.sll_family = AF_PACKET;
+    address.sll_protocol = htons(ETH_P_IP);
+    if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        return nullptr;
+    }
+    return ring;
+}
+
+bool PacketRing::map(std::uint32_t wanted) {
+    constexpr std::uint32_t kLeastBlocks = 4;
+    constexpr unsigned kSlot = 2048; // of no meaning in this version, but it has to fit
+    for (std::uint32_t count = wanted; count >= kLeastBlocks; count /= 2) {
+        tpacket_req3 request{};
+        request.tp_block_size = static_cast<unsigned>(blockBytes_);
+        request.tp_block_nr = count;
+        request.tp_frame_size = kSlot;
+        request.tp_frame_nr = static_cast<unsigned>(blockBytes_ / kSlot * count);
+        request.tp_retire_blk_tov = kBlockPatience;
+        if (setsockopt(fd_, SOL_PACKET, PACKET_RX_RING, &request, sizeof request) != 0) {
+            continue; // memory is short: a smaller one
+        }
+        void* const mapped = mmap(nullptr, blockBytes_ * count, PROT_READ | PROT_WRITE, MAP_SHARED, fd_, 0);
+        if (mapped == MAP_FAILED) {
+            return false;
+        }
+        memory_ = static_cast<std::uint8_t*>(mapped);
+        blocks_ = count;
+        kept_ = std::vector<std::atomic<std::uint32_t>>(count);
+        for (auto& kept : kept_) {
+            kept.store(kFree, std::memory_order_relaxed);
+        }
+        return true;
+    }
+    return false;
+}
+
+PacketRing::~PacketRing() {
+    if (memory_ != nullptr) {
+        munmap(memory_, blockBytes_ * blocks_);
+    }
+    close(fd_);
+}
+
+std::uint32_t PacketRing::beginBlock() {
+    tpacket_hdr_v1& header = descriptorOf(block(next_))->hdr.bh1;
+    // A block that is still held looks filled as well: the circle is full then.
+    if (kept_[next_].load(std::memory_order_acquire) != kFree ||
+        (__atomic_load_n(&header.block_status, __ATOMIC_ACQUIRE) & TP_STATUS_USER) == 0) {
+        return kNoBlock;
+    }
+    kept_[next_].store(kReading, std::memory_order_relaxed);
+    held_.fetch_add(1, std::memory_order_relaxed);
+    at_ = header.offset_to_first_pkt;
+    following_ = header.num_pkts;
+    return header.num_pkts;
+}
+
+// The length that the kernel tells is believed; those in the packet's own headers are not.
+bool PacketRing::nextDatagram(Datagram& datagram) {
+    const std::uint8_t* const packet = block(next_) + at_;
+    const auto* const header = reinterpret_cast<const tpacket3_hdr*>(packet);
+    const std::uint32_t step = header->tp_next_offset;
+    // Another processor has just written these lines. Packets of a frame are alike, so the next but one is
+    // likely to lie two steps on; a wrong guess costs nothing but the asking.
+    for (std::size_t line = 0; line < 3; ++line) {
+        __builtin_prefetch(packet + std::size_t{3} * step + 64 * line);
+    }
+    const std::uint8_t* const ip = packet + header->tp_net;
+    const std::size_t captured = header->tp_snaplen;
+    const std::size_t ipHeader = captured >= kIpHeader ? std::size_t{ip[0] & 0x0Fu} * 4 : kIpHeader;
+    datagram.payload = nullptr;
+    if (captured >= ipHeader + kUdpHeader && ipHeader >= kIpHeader) {
+        const std::size_t udp = load16(ip + ipHeader + 4); // the UDP length: a short frame is padded
+        if (udp >= kUdpHeader && ipHeader + udp <= captured) {
+            datagram.payload = ip + ipHeader + kUdpHeader;
+            datagram.length = udp - kUdpHeader;
+        }
+    }
+    at_ += step;
+    return true;
+}
+
+void PacketRing::endBlock(std::uint32_t kept) {
+    const std::uint32_t index = next_;
+    next_ = next_ + 1 == blocks_ ? 0 : next_ + 1;
+    if (kept_[index].fetch_add(kept - kReading, std::memory_order_acq_rel) + (kept - kReading) == 0) {
+        giveBack(index);
+    }
+}
+
+void PacketRing::release(std::uint16_t index, std::uint32_t count) {
+    if (kept_[index].fetch_sub(count, std::memory_order_acq_rel) == count) {
+        giveBack(index);
+    }
+}
+
+void PacketRing::giveBack(std::uint32_t index) {
+    held_.fetch_sub(1, std::memory_order_relaxed);
+    __atomic_store_n(&descriptorOf(block(index))->hdr.bh1.block_status, std::uint32_t{TP_STATUS_KERNEL},
+                     __ATOMIC_RELEASE);
+    kept_[index].store(kFree, std::memory_order_release); // the last step: until then it looks filled
+}
+
+} // namespace kolt::cc
