@@ -1,13 +1,14 @@
-// Raw recording through QCamera beside three ways of writing the same frames straight to the same disk, in
-// one run.
+// Raw recording through QCamera beside ways of writing the same frames straight to the same disk, in one
+// run.
 //
-// bench_recording [FOLDER]: writes some gigabytes below FOLDER (the present one without) and removes them
-// again.
+// bench_recording [FOLDER [FRAMES [ROUNDS [RATE]]]]: writes files of FRAMES frames of 5 MB below FOLDER (the
+// present one without) and removes them again. With RATE, in MB/s, only a recording at this rate.
 #include "Camera/QCamera.h"
 #include "Camera/QCameraOwner.h"
 #include "Camera/QFrameBufManager.h"
 #include "Common/QLocalCfg.h"
 #include "Common/SleepEx.h"
+#include "StraightWriter.h"
 #include "support/CameraXml.h"
 #include "support/PlatformDoubles.h"
 
@@ -20,9 +21,9 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
-#include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
@@ -33,73 +34,12 @@ using Clock = std::chrono::steady_clock;
 constexpr uint16_t kWidth = 2448;
 constexpr uint16_t kHeight = 2048;
 constexpr size_t kFrame = size_t{kWidth} * kHeight;
-constexpr int kFrames = 400; // 2 GB
+constexpr int kFrames = 1000; // 5 GB: more than the kernel lets lie dirty on most machines
 constexpr int kRounds = 3;
+constexpr int kDepth = 3; // of the frame queue, as the settings have it
 
 double Seconds(Clock::duration d) {
     return std::chrono::duration<double>(d).count();
-}
-
-double ProcessCpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto of = [](const timeval& t) {
-        return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6;
-    };
-    return of(usage.ru_utime) + of(usage.ru_stime);
-}
-
-struct Result {
-    double megabytesPerSecond = 0;
-    double longestMs = 0;
-    double cpuMsPerFrame = 0;
-};
-
-enum class Method { Plain, WriteBehind, Direct };
-
-// Frames one after the other, and all on the disk at the end.
-Result WriteStraight(const std::string& path, Method method) {
-    void* memory = nullptr;
-    const size_t length = (kFrame + 4095) / 4096 * 4096;
-    if (posix_memalign(&memory, 4096, length) != 0)
-        std::abort();
-    std::fill_n(static_cast<uint8_t*>(memory), length, uint8_t{0x5A});
-    const int flags = O_CREAT | O_TRUNC | O_WRONLY | (method == Method::Direct ? O_DIRECT : 0);
-    const int file = open(path.c_str(), flags, 0644);
-    Result result;
-    if (file < 0)
-        return result;
-    if (method != Method::Plain)
-        (void)fallocate(file, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(length) * kFrames);
-    const double cpu = ProcessCpuSeconds();
-    const auto start = Clock::now();
-    off_t dropped = 0;
-    for (int i = 0; i < kFrames; ++i) {
-        const auto before = Clock::now();
-        const size_t part = method == Method::Direct ? length : kFrame;
-        if (write(file, memory, part) != static_cast<ssize_t>(part))
-            break;
-        if (method == Method::WriteBehind) {
-            const off_t at = static_cast<off_t>(kFrame) * i;
-            (void)sync_file_range(file, at, static_cast<off_t>(kFrame), SYNC_FILE_RANGE_WRITE);
-            const off_t settled = at - (off_t{32} << 20);
-            if (settled > dropped) {
-                (void)sync_file_range(file, dropped, settled - dropped,
-                                      SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE |
-                                          SYNC_FILE_RANGE_WAIT_AFTER);
-                (void)posix_fadvise(file, dropped, settled - dropped, POSIX_FADV_DONTNEED);
-                dropped = settled;
-            }
-        }
-        result.longestMs = std::max(result.longestMs, Seconds(Clock::now() - before) * 1e3);
-    }
-    fdatasync(file);
-    result.megabytesPerSecond = static_cast<double>(kFrame) * kFrames / 1e6 / Seconds(Clock::now() - start);
-    result.cpuMsPerFrame = (ProcessCpuSeconds() - cpu) * 1e3 / kFrames;
-    close(file);
-    unlink(path.c_str());
-    std::free(memory);
-    return result;
 }
 
 class SilentOwner : public QCameraOwner {
@@ -114,40 +54,49 @@ public:
 };
 
 struct Recording {
-    Result result;
-    int64_t received = 0;
+    WriteResult result;
+    int64_t queued = 0;
     int64_t recorded = 0;
-    uint64_t overwritten = 0;
+    int64_t overwritten = 0;
     std::string cpuByThread;
 };
 
 // Milliseconds per frame of the threads that count.
-std::string CpuOfThreads(int frames) {
+std::string CpuOfThreads(int64_t frames) {
     std::string text;
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
         std::string name;
         double nanoseconds = 0;
         std::ifstream(task.path() / "comm") >> name;
         std::ifstream(task.path() / "schedstat") >> nanoseconds;
-        if (name == "kolt-grab" || name == "kolt-save") {
+        if (name.rfind("kolt-", 0) == 0 && nanoseconds > 1e6 * static_cast<double>(frames) / 100) {
             char line[64];
-            std::snprintf(line, sizeof line, "  %s %.2f", name.c_str(), nanoseconds / 1e6 / frames);
+            std::snprintf(line, sizeof line, "  %s %.2f", name.c_str(),
+                          nanoseconds / 1e6 / static_cast<double>(frames));
             text += line;
         }
     }
     return text;
 }
 
-// `intervalUs`: time between frames; 1 is as fast as they are copied.
-Recording Record(const std::string& folder, unsigned intervalUs, int frames) {
-    auto& doubles = support::PlatformDoubles::Get();
+void SetUpDoubles(support::PlatformDoubles& doubles) {
+    namespace reg = support::camera_register;
     doubles.Reset(support::CameraXml());
     support::FillCameraRegisters(doubles.Port());
     doubles.Port().Record(false);
-    doubles.Port().StoreInteger(support::camera_register::Width, 4, kWidth,
-                                support::MemoryPort::Order::Little);
-    doubles.Port().StoreInteger(support::camera_register::Height, 4, kHeight,
-                                support::MemoryPort::Order::Little);
+    doubles.Port().StoreInteger(reg::Width, 4, kWidth, support::MemoryPort::Order::Little);
+    doubles.Port().StoreInteger(reg::Height, 4, kHeight, support::MemoryPort::Order::Little);
+}
+
+bool Settled(const _CAMERA_COUNTERS_& c) {
+    return c.queued == c.recorded + c.overwritten + c.cleared + c.discarded;
+}
+
+// `intervalUs`: time between frames; 1 is as fast as they are copied. The time runs until the whole file is
+// on the disk.
+Recording Record(const std::string& folder, unsigned intervalUs, int frames) {
+    auto& doubles = support::PlatformDoubles::Get();
+    SetUpDoubles(doubles);
     SilentOwner owner;
     QCamera* camera = QCamera::NewInstance();
     camera->AddRef();
@@ -156,19 +105,17 @@ Recording Record(const std::string& folder, unsigned intervalUs, int frames) {
     Recording recording;
     if (camera->OpenCamera() != 0 || camera->OnStartGettingFrame(true) != 0) {
         std::printf("the camera does not start\n");
-        camera->ReleaseRef();
-        return recording;
+        std::exit(1);
     }
-    auto* queue = QFrameBufManager::Instance(0, 0).get();
     const std::string path = folder + "/bench_recording.raw";
-    camera->StartRecordRawData(path.c_str(), folder.c_str());
-    // The longest time between two calls for a frame, the wait for it included: more than the interval of the
-    // frames means that the camera had to wait.
+    // The wait for the frame included: more than the interval of the frames means that the camera had to
+    // wait.
     Clock::time_point last{};
-    doubles.OnCall("OV_CC_GetOneFrameTimeout", [&recording, &last] {
+    double longest = 0; // grab thread; read when it has ended
+    doubles.OnCall("OV_CC_GetOneFrameTimeout", [&longest, &last] {
         const auto now = Clock::now();
         if (last != Clock::time_point{})
-            recording.result.longestMs = std::max(recording.result.longestMs, Seconds(now - last) * 1e3);
+            longest = std::max(longest, Seconds(now - last) * 1e3);
         last = now;
     });
     support::DoubleFrame frame;
@@ -177,73 +124,121 @@ Recording Record(const std::string& folder, unsigned intervalUs, int frames) {
     frame.pixels.assign(kFrame, 0x5A);
     const double cpu = ProcessCpuSeconds();
     const auto start = Clock::now();
+    camera->StartRecordRawData(path.c_str(), folder.c_str());
     doubles.SetFreeRun(frame, intervalUs);
     while (camera->GetCounters().recorded < frames)
         SleepEx(2);
-    recording.cpuByThread = CpuOfThreads(frames);
     doubles.StopFreeRun();
-    const double seconds = Seconds(Clock::now() - start);
-    SleepEx(200);
+    while (!Settled(camera->GetCounters()))
+        SleepEx(1);
+    recording.cpuByThread = CpuOfThreads(camera->GetCounters().recorded);
     const auto counters = camera->GetCounters();
+    camera->StopRecord();
+    const int file = open(path.c_str(), O_WRONLY);
+    fdatasync(file);
+    close(file);
     recording.recorded = counters.recorded;
-    recording.received = counters.queued;
-    recording.overwritten = queue->GetCounters().overwritten;
-    recording.result.megabytesPerSecond = static_cast<double>(kFrame) * frames / 1e6 / seconds;
+    recording.queued = counters.queued;
+    recording.overwritten = counters.overwritten;
+    recording.result.megabytesPerSecond = static_cast<double>(kFrame) *
+                                          static_cast<double>(counters.recorded) / 1e6 /
+                                          Seconds(Clock::now() - start);
     recording.result.cpuMsPerFrame =
         (ProcessCpuSeconds() - cpu) * 1e3 / static_cast<double>(counters.recorded);
-    camera->StopRecord();
     camera->CloseCamera();
     camera->ReleaseRef();
-    unlink(path.c_str());
+    recording.result.longestMs = longest;
+    if (std::filesystem::file_size(path) != kFrame * static_cast<size_t>(counters.recorded))
+        std::printf("the file's size is wrong\n");
+    RemoveAndSettle(path);
     return recording;
 }
 
-Result Median(std::vector<Result> results) {
-    std::sort(results.begin(), results.end(),
-              [](const Result& a, const Result& b) { return a.megabytesPerSecond < b.megabytesPerSecond; });
+WriteResult Median(std::vector<WriteResult> results) {
+    std::sort(results.begin(), results.end(), [](const WriteResult& a, const WriteResult& b) {
+        return a.megabytesPerSecond < b.megabytesPerSecond;
+    });
     return results[results.size() / 2];
 }
 
-void Print(const char* name, const Result& r, double best) {
-    std::printf("%-44s %8.0f %8.2f %10.1f %10.2f\n", name, r.megabytesPerSecond, r.megabytesPerSecond / best,
+void Print(const char* name, const WriteResult& r, double best) {
+    std::printf("%-46s %8.0f %8.2f %10.1f %10.2f\n", name, r.megabytesPerSecond, r.megabytesPerSecond / best,
                 r.longestMs, r.cpuMsPerFrame);
+}
+
+void PrintFrames(const char* name, const Recording& r) {
+    std::printf("%s: %lld frames queued, %lld recorded, %lld overwritten; CPU ms per frame:%s\n", name,
+                static_cast<long long>(r.queued), static_cast<long long>(r.recorded),
+                static_cast<long long>(r.overwritten), r.cpuByThread.c_str());
+}
+
+Recording RecordAt(const std::string& folder, double rate, int frames) {
+    return Record(folder, static_cast<unsigned>(static_cast<double>(kFrame) / rate), frames);
+}
+
+struct Row {
+    const char* name;
+    std::function<WriteResult()> run;
+    std::vector<WriteResult> results;
+};
+
+std::vector<Row> Peers(const std::string& path, int frames) {
+    std::vector<Row> rows;
+    const auto add = [&](const char* one, const char* copied, WriteMethod method) {
+        rows.push_back({one, [=] { return WriteOneBuffer(path, method, kFrame, frames); }, {}});
+        rows.push_back({copied, [=] { return WriteCopiedFrames(path, method, kFrame, frames, kDepth); }, {}});
+    };
+    add("plain write(), one buffer", "plain write(), copied frames", WriteMethod::Plain);
+    add("write-behind, one buffer", "write-behind, copied frames", WriteMethod::WriteBehind);
+    add("O_DIRECT, one buffer", "O_DIRECT, copied frames", WriteMethod::Direct);
+    return rows;
+}
+
+void Compare(const std::string& folder, int frames, int rounds) {
+    std::vector<Row> rows = Peers(folder + "/bench_write.raw", frames);
+    Recording fast;
+    rows.push_back({"QCamera, as fast as frames come",
+                    [&] {
+                        fast = Record(folder, 1, frames);
+                        return fast.result;
+                    },
+                    {}});
+    double best = 0;
+    for (int round = 0; round < rounds; ++round)
+        for (Row& row : rows)
+            row.results.push_back(row.run());
+    for (const Row& row : rows)
+        if (&row != &rows.back())
+            best = std::max(best, Median(row.results).megabytesPerSecond);
+    std::printf("%d frames of %.1f MB, median of %d rounds\n", frames, static_cast<double>(kFrame) / 1e6,
+                rounds);
+    std::printf("%-46s %8s %8s %10s %10s\n", "", "MB/s", "of best", "longest ms", "CPU ms/fr");
+    for (const Row& row : rows)
+        Print(row.name, Median(row.results), best);
+    const Recording steady = RecordAt(folder, 0.7 * best, frames);
+    Print("QCamera, frames at 70 % of the best", steady.result, best);
+    PrintFrames("as fast as frames come", fast);
+    PrintFrames("at 70 %", steady);
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     QCoreApplication application(argc, argv);
+    const auto number = [&](int i, int otherwise) { return argc > i ? std::atoi(argv[i]) : otherwise; };
     const std::string folder = argc > 1 ? argv[1] : ".";
+    const int frames = std::max(number(2, kFrames), 1);
+    const int rounds = std::max(number(3, kRounds), 1);
     QLocalCfg::SetDirectory(QString::fromStdString(folder));
-    const std::string path = folder + "/bench_write.raw";
-    std::vector<Result> plain, behind, direct, core;
-    std::string cpuByThread;
-    for (int round = 0; round < kRounds; ++round) {
-        plain.push_back(WriteStraight(path, Method::Plain));
-        behind.push_back(WriteStraight(path, Method::WriteBehind));
-        direct.push_back(WriteStraight(path, Method::Direct));
-        const Recording fast = Record(folder, 1, kFrames);
-        core.push_back(fast.result);
-        cpuByThread = fast.cpuByThread;
+    if (const int rate = number(4, 0); rate > 0) {
+        for (int round = 0; round < rounds; ++round) {
+            const Recording steady = RecordAt(folder, rate, frames);
+            Print("QCamera at the given rate", steady.result, rate);
+            PrintFrames("", steady);
+        }
+    } else {
+        Compare(folder, frames, rounds);
     }
-    const Result medians[] = {Median(plain), Median(behind), Median(direct), Median(core)};
-    const double best = std::max(
-        {medians[0].megabytesPerSecond, medians[1].megabytesPerSecond, medians[2].megabytesPerSecond});
-    std::printf("%d frames of %.1f MB, median of %d rounds\n", kFrames, static_cast<double>(kFrame) / 1e6,
-                kRounds);
-    std::printf("%-44s %8s %8s %10s %10s\n", "", "MB/s", "of best", "longest ms", "CPU ms/fr");
-    Print("plain write()", medians[0], best);
-    Print("write, write-back begun at once, dropped", medians[1], best);
-    Print("O_DIRECT", medians[2], best);
-    Print("QCamera, as fast as frames come", medians[3], best);
-    std::printf("CPU ms per frame by thread:%s\n", cpuByThread.c_str());
-    const double rate = 0.7 * medians[3].megabytesPerSecond;
-    const auto interval = static_cast<unsigned>(static_cast<double>(kFrame) / rate);
-    const Recording steady = Record(folder, interval, kFrames);
-    Print("QCamera at 70 % of that", steady.result, best);
-    std::printf("at 70 %%: %lld frames queued, %lld recorded, %llu overwritten\n",
-                static_cast<long long>(steady.received), static_cast<long long>(steady.recorded),
-                static_cast<unsigned long long>(steady.overwritten));
     QLocalCfg::ReleaseInstance();
     QFile::remove(QString::fromStdString(folder + "/LocalConfig.ini"));
     QFile::remove(QString::fromStdString(folder + "/LangConfig.ini"));

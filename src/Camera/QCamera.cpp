@@ -1,6 +1,7 @@
 // Life, identity, opening and closing of a camera.
 #include "Camera/QCamera.h"
 
+#include "Camera/CRecordFile.h"
 #include "Camera/QCameraOwner.h"
 #include "Camera/QFrameBufManager.h"
 #include "Camera/XmlDepth.h"
@@ -10,8 +11,6 @@
 
 #include <QCoreApplication>
 #include <QDataStream>
-#include <QFile>
-
 #include <algorithm>
 #include <condition_variable>
 #include <cstring>

@@ -7,7 +7,6 @@
 #include "Camera/Boundary/OvMediaKit.h"
 #include "Camera/Boundary/OvPixelType.h"
 #include "Camera/CCameraThread.h"
-#include "Camera/CWriteBehind.h"
 #include "Camera/EmbeddedImageInfo.h"
 #include "Camera/FairMutex.h"
 #include "Camera/FrameRate.h"
@@ -28,8 +27,8 @@
 #include <shared_mutex>
 
 class QCameraOwner;
+class CRecordFile;
 class QDataStream;
-class QFile;
 class QFrameBufManager;
 
 // Software white balance.
@@ -171,7 +170,7 @@ public:
     // --- frame pipeline
     // ---------------------------------------------------------------------------------------------------
     int OnStartGettingFrame(bool clear);
-    int StartShot();
+    int StartShot(bool clear = false); // clear: as OnStartGettingFrame
     int StopGettingFrame();
     void OnSetSDKBuffers();
     void OnSetThrowAbnormalImage();
@@ -329,7 +328,7 @@ private:
     void ForgetWaitingFrames();
     void AddQueueCounters(_CAMERA_COUNTERS_& counters) const;
     bool ConvertDisplayBuffer(uint32_t sourceLength, uint32_t target);
-    bool DisplayBufferHoldsPicture() const;
+    bool DisplayBufferHolds(uint32_t width, uint32_t height) const;
     bool HasDisplayBuffer() const;
     void RotateBy(float degrees);
     int AngleOfRotation() const;
@@ -346,8 +345,9 @@ private:
     bool SeriesByTime(int& code);
     void EndSeries();
     QString SeriesFolder() const;
-    void CloseRecordFile();
+    int CloseRecordFile();
     void OnRecordDiskFull();
+    void ShowRecordFailure();
 
     // Identity. The name has room for 128 bytes and the terminator.
     mutable std::mutex m_identityMutex; // leaf; guards name and record
@@ -473,11 +473,11 @@ private:
     std::atomic<int> m_nRecordingType{3}; // 0 media library, 2 raw file, 3 none
     std::mutex m_recordMutex; // guards the record file, from the look at it to the end of the write; after
                               // the save mutex
-    std::unique_ptr<QFile> m_pRecordFile;
+    std::unique_ptr<CRecordFile> m_pRecordFile;
     std::unique_ptr<QDataStream> m_pRecordStream;
-    CWriteBehind m_writeBehind;
     std::array<char, 1024> m_recordFolder{};
-    int m_nLastWrite = 0;
+    int m_nLastWrite = 0;     // guarded by m_recordMutex
+    int m_nRecordedFrame = 0; // bytes of the frame written last; guarded by m_recordMutex
 
     // Embedded image information.
     mutable std::mutex m_embeddedMutex; // leaf; guards the next two

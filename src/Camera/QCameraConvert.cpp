@@ -62,12 +62,14 @@ void QCamera::DisplayVRRender() {
         const std::lock_guard<std::mutex> lock(m_displayMutex);
         ChangeToDisplayFrame();
         // The render library reads width times height pixels: a format that changed in the stream may want
-        // more than the buffer was made for.
-        if (!DisplayBufferHoldsPicture()) {
+        // more than the buffer was made for. The grab thread may change both at any moment.
+        const uint32_t width = m_nWidth;
+        const uint32_t height = m_nHeight;
+        if (!DisplayBufferHolds(width, height)) {
             ++m_nDrawsRefused;
             return;
         }
-        VR_UpdateFrameData(handle, m_pDisplayBuffer.get(), m_nWidth, m_nHeight, 0);
+        VR_UpdateFrameData(handle, m_pDisplayBuffer.get(), width, height, 0);
     }
     m_nLastDisplayed = m_nReceived.load();
     ++m_nDisplayed;
@@ -111,11 +113,11 @@ int64_t QCamera::DecodeNewestToDisplay() {
 }
 
 // The caller holds the display mutex.
-bool QCamera::DisplayBufferHoldsPicture() const {
+bool QCamera::DisplayBufferHolds(uint32_t width, uint32_t height) const {
     tagVRPixelFormat format{};
     if (!m_pDisplayBuffer || !GetVRPixelFormat(m_renderPixelType, format))
         return false;
-    const uint64_t pixels = static_cast<uint64_t>(m_nWidth) * m_nHeight;
+    const uint64_t pixels = static_cast<uint64_t>(width) * height;
     return pixels * (format == VR_PIXEL_MONO8 ? 1u : 3u) <= m_nDisplayBufferSize;
 }
 

@@ -35,12 +35,12 @@ double QCamera::NowMs() const {
 
 int QCamera::OnStartGettingFrame(bool clear) {
     if (m_nState != CAMERA_GRABBING) {
-        if (const int code = StartShot())
+        if (const int code = StartShot(clear))
             return code;
+    } else if (clear) {
+        ClearRevFrameNum();
     }
     m_nState = CAMERA_GRABBING;
-    if (clear)
-        ClearRevFrameNum();
     m_fActualFrameRate = 0;
     m_nPixelSize = 0;
     m_fBandwidth = 0;
@@ -68,7 +68,7 @@ void QCamera::ReadFrameSizeNodes() {
         take(m_nHeight);
 }
 
-int QCamera::StartShot() {
+int QCamera::StartShot(bool clear) {
     m_displayThread.StopAndJoin();
     DestroyMediaHandle();
     ReadFrameSizeNodes();
@@ -106,6 +106,9 @@ int QCamera::StartShot() {
     if (status != OV_STATUS_OK)
         return QFunction::GenerateORVErrCode(status);
     XML_TLParamsLock(true);
+    // Before the first frame is fetched: else those that come in between would be counted and forgotten.
+    if (clear)
+        ClearRevFrameNum();
     m_grabThread.Start(GetFrameThread, this, "kolt-grab");
     m_saveThread.Start(SaveImageThread, this, "kolt-save");
     m_bGrabbing = true;
@@ -308,7 +311,11 @@ bool QCamera::EnsureSaveBuffer() {
         return true;
     m_pSaveBuffer = NewBuffer(frameSize, kFrameTail);
     m_nSaveBufferSize = m_pSaveBuffer ? frameSize : 0;
-    return m_pSaveBuffer != nullptr;
+    if (!m_pSaveBuffer)
+        return false;
+    // Its memory goes into the queue for the first frame's: the grab thread shall not meet fresh pages there.
+    std::memset(m_pSaveBuffer.get(), 0, static_cast<size_t>(frameSize) + kFrameTail);
+    return true;
 }
 
 int QCamera::SaveImageThreadFunc() {

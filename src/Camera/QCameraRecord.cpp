@@ -1,12 +1,12 @@
 // The raw recorder: every frame that reaches the save thread, one after the other in one file.
 #include "Camera/QCamera.h"
 
+#include "Camera/CRecordFile.h"
 #include "Camera/QCameraOwner.h"
 #include "Common/QFunction.h"
 
 #include <QCoreApplication>
 #include <QDataStream>
-#include <QFile>
 #include <algorithm>
 #include <cstring>
 
@@ -32,12 +32,11 @@ int QCamera::StartRecordRawData(const char* file, const char* folder) {
     if (free < kLeastFreeMiB)
         return -25;
     CloseRecordFile();
-    auto made = std::make_unique<QFile>(QFile::decodeName(file));
-    if (!made->open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+    auto made = std::make_unique<CRecordFile>(QFile::decodeName(file));
+    if (!made->open(QIODevice::WriteOnly))
         return -25;
     m_pRecordFile = std::move(made);
     m_pRecordStream = std::make_unique<QDataStream>(m_pRecordFile.get());
-    m_writeBehind.Start(m_pRecordFile->handle());
     m_nLastWrite = 0;
     m_nRecordingType = kTypeRaw;
     ForgetWaitingFrames();
@@ -45,23 +44,34 @@ int QCamera::StartRecordRawData(const char* file, const char* folder) {
     return 0;
 }
 
-// The caller holds the record mutex.
-void QCamera::CloseRecordFile() {
+// The caller holds the record mutex. The number of frames that had been counted as recorded and that the disk
+// refused afterwards; they are counted as failures now.
+int QCamera::CloseRecordFile() {
     m_pRecordStream.reset();
-    m_writeBehind.Finish();
-    if (m_pRecordFile)
-        m_pRecordFile->close();
+    if (!m_pRecordFile)
+        return 0;
+    m_pRecordFile->close();
+    const int64_t lost = m_pRecordFile->GetLost();
     m_pRecordFile.reset();
+    if (lost <= 0 || m_nRecordedFrame == 0)
+        return 0;
+    const int64_t frames = (lost + m_nRecordedFrame - 1) / m_nRecordedFrame;
+    m_nRecorded -= frames;
+    m_nRecordFailures += frames;
+    return static_cast<int>(frames);
+}
+
+void QCamera::ShowRecordFailure() {
+    if (QCameraOwner* owner = m_pOwner)
+        owner->OnShowMsg(QCoreApplication::translate("QCamera", "Hint"),
+                         QFunction::GenerateCameraOperateError(-25), MESSAGE_WARNING);
 }
 
 void QCamera::OnRecordDiskFull() {
     ++m_nRecordFailures;
-    QCameraOwner* owner = m_pOwner;
-    if (!owner)
-        return;
-    owner->OnShowMsg(QCoreApplication::translate("QCamera", "Hint"),
-                     QFunction::GenerateCameraOperateError(-25), MESSAGE_WARNING);
-    owner->OnStopRecording();
+    ShowRecordFailure();
+    if (QCameraOwner* owner = m_pOwner)
+        owner->OnStopRecording();
 }
 
 void QCamera::SaveRecord() {
@@ -86,7 +96,7 @@ void QCamera::SaveRecord() {
                 CloseRecordFile();
                 full = true;
             } else {
-                m_writeBehind.OnWritten(m_nLastWrite);
+                m_nRecordedFrame = m_nLastWrite;
                 m_bRecordedSuccess = true;
                 ++m_nRecorded;
             }
@@ -110,6 +120,7 @@ int QCamera::StopRecord() {
         if (status != OV_STATUS_OK)
             return static_cast<int>(status);
     }
+    int lost = 0;
     {
         const std::lock_guard<std::mutex> lock(m_recordMutex);
         if (m_nRecordingType == kTypeRaw && m_pRecordFile) {
@@ -117,10 +128,13 @@ int QCamera::StopRecord() {
             // Nothing was written: no file is left.
             if (m_nLastWrite == 0)
                 m_pRecordFile->remove();
-            CloseRecordFile();
+            lost = CloseRecordFile();
         }
         m_nLastWrite = 0;
     }
+    // Otherwise nobody would learn that the end of the file is missing.
+    if (lost > 0)
+        ShowRecordFailure();
     m_nRecordingType = kTypeNone;
     m_lastGoodPixelType = OV_GVSP_NONE;
     m_bRecordedSuccess = false;

@@ -3,7 +3,9 @@
 #include "Camera/QFrameBufManager.h"
 #include "Common/QLocalCfg.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -25,6 +27,21 @@ bool WaitUntil(const std::function<bool()>& condition) {
 int Rounds(int usual, int full) {
     const char* soak = std::getenv("KOLT_SOAK");
     return soak && *soak == '1' ? full : usual;
+}
+
+void RoundTimes::ExpectNoGrowth() const {
+    ASSERT_GE(m_times.size(), 5u);
+    const auto median = [](std::vector<std::chrono::steady_clock::duration> times) {
+        std::sort(times.begin(), times.end());
+        return std::chrono::duration<double, std::milli>(times[times.size() / 2]).count();
+    };
+    const auto fifth = static_cast<std::ptrdiff_t>(m_times.size() / 5);
+    const double first = median({m_times.begin(), m_times.begin() + fifth});
+    const double last = median({m_times.end() - fifth, m_times.end()});
+    EXPECT_LE(last, 3 * first + 100) << "milliseconds a round at the end; at the beginning " << first;
+    testing::Test::RecordProperty("first_ms", std::to_string(first));
+    testing::Test::RecordProperty("last_ms", std::to_string(last));
+    std::printf("%zu rounds: %.1f ms each at the beginning, %.1f at the end\n", m_times.size(), first, last);
 }
 
 Window::Window(uint16_t width, uint16_t height) : m_connection(xcb_connect(nullptr, nullptr)) {
@@ -131,6 +148,32 @@ void Fixture::Stream() {
 
 bool Fixture::WaitForFrames(int64_t count) {
     return WaitUntil([&] { return camera->GetRecvFrameNum() >= count; });
+}
+
+std::string Fixture::Story() {
+    const _CAMERA_COUNTERS_ ours = camera->GetCounters();
+    const vcam::Counters theirs = device->GetCounters();
+    _OV_MATCH_INFO_NET_DETECT_ link{};
+    camera->GetMatchInfoNetDetect(&link);
+    std::string text;
+    const auto tell = [&text](const char* name, auto value) {
+        text += name + (' ' + std::to_string(value)) + ", ";
+    };
+    tell("received", ours.received);
+    tell("grab errors", ours.grabErrors);
+    tell("link: bytes", link.receivedBytes);
+    tell("lost packets", link.lostPackets);
+    tell("errors", link.errorCount);
+    tell("lost frames", link.lostFrames);
+    tell("camera: streaming", device->IsStreaming() ? 1 : 0);
+    tell("frames", theirs.framesStarted);
+    tell("completed", theirs.framesCompleted);
+    tell("aborted", theirs.framesAborted);
+    tell("packets sent", theirs.packetsSent);
+    tell("send errors", theirs.sendErrors);
+    tell("resend requests", theirs.resendRequests);
+    tell("heartbeats expired", theirs.heartbeatsExpired);
+    return text;
 }
 
 bool Fixture::WaitForDrawn(int64_t count) {

@@ -25,6 +25,20 @@ bool WaitUntil(const std::function<bool()>& condition);
 // KOLT_SOAK=1 asks for the full count.
 int Rounds(int usual, int full);
 
+// The time of each round of something that is repeated.
+class RoundTimes {
+public:
+    void Begin() { m_begun = std::chrono::steady_clock::now(); }
+    void End() { m_times.push_back(std::chrono::steady_clock::now() - m_begun); }
+    // The median of the last fifth isn't far beyond that of the first: each round doesn't leave something
+    // behind that the next ones carry along. Generous, since other programs come and go meanwhile.
+    void ExpectNoGrowth() const;
+
+private:
+    std::chrono::steady_clock::time_point m_begun;
+    std::vector<std::chrono::steady_clock::duration> m_times;
+};
+
 // A window of its own connection, mapped.
 class Window {
 public:
@@ -73,6 +87,8 @@ protected:
     void Stream();
     bool WaitForFrames(int64_t count);
     bool WaitForDrawn(int64_t count);
+    // What both sides have counted, for messages.
+    std::string Story();
 
     QTemporaryDir folder;
     QuietOwner owner;

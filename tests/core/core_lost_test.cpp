@@ -1,6 +1,10 @@
 // Cameras that vanish, in every state.
 #include "core/CoreFixture.h"
 
+#include "Common/QLocalCfg.h"
+
+#include <QDirIterator>
+#include <QImage>
 #include <thread>
 
 namespace core {
@@ -64,6 +68,25 @@ TEST_F(LostCamera, WhileRecording) {
     QFile written(file);
     EXPECT_EQ(written.size(), counters.recorded * 640 * 480) << "whole frames";
     ExpectToldOnceAndClosedAtOnce();
+}
+
+TEST_F(LostCamera, WhilePicturesAreTaken) {
+    QLocalCfg::Instance()->SetDataOutputFolder(folder.path());
+    QLocalCfg::Instance()->SetImgSaveFormat(0);
+    QLocalCfg::Instance()->SetImgSaveFileNameIndexType(1);
+    ASSERT_NO_FATAL_FAILURE(Stream());
+    Watch();
+    camera->SetImgSave();
+    ASSERT_TRUE(WaitUntil([&] { return camera->GetCounters().imagesSaved >= 3; }));
+    Kill();
+    ExpectToldOnceAndClosedAtOnce();
+    EXPECT_FALSE(camera->IsCapturing());
+    EXPECT_EQ(owner.messages, 0) << owner.last;
+    QDirIterator pictures(folder.filePath("core"), QDir::Files);
+    int64_t count = 0;
+    for (; pictures.hasNext(); ++count)
+        EXPECT_EQ(QImage(pictures.next()).size(), QSize(640, 480)) << pictures.fileName().toStdString();
+    EXPECT_EQ(count, camera->GetCounters().imagesSaved) << "whole pictures";
 }
 
 TEST_F(LostCamera, WhileARegisterIsRead) {

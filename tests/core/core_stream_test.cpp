@@ -107,11 +107,15 @@ TEST_F(Streaming, RoundsOfStartAndStopLeakNothing) {
     ASSERT_EQ(camera->StopGettingFrame(), 0);
     const int descriptors = OpenDescriptors();
     const int threads = Threads();
+    RoundTimes times;
     for (int round = 0; round < Rounds(20, 500); ++round) {
+        times.Begin();
         ASSERT_EQ(camera->OnStartGettingFrame(true), 0) << round;
-        ASSERT_TRUE(WaitForFrames(1)) << round;
+        ASSERT_TRUE(WaitForFrames(1)) << "round " << round << "; " << Story();
         ASSERT_EQ(camera->StopGettingFrame(), 0) << round;
+        times.End();
     }
+    times.ExpectNoGrowth();
     EXPECT_LE(OpenDescriptors(), descriptors);
     EXPECT_LE(Threads(), threads);
 }
@@ -123,10 +127,14 @@ TEST_F(Streaming, RoundsOfOpenAndCloseLeakNothing) {
     camera->CloseCamera();
     const int descriptors = OpenDescriptors();
     const int threads = Threads();
+    RoundTimes times;
     for (int round = 0; round < Rounds(10, 200); ++round) {
+        times.Begin();
         ASSERT_EQ(camera->OpenCamera(), 0) << round;
         ASSERT_EQ(camera->CloseCamera(), 0) << round;
+        times.End();
     }
+    times.ExpectNoGrowth();
     EXPECT_TRUE(WaitUntil([&] { return OpenDescriptors() <= descriptors && Threads() <= threads; }))
         << OpenDescriptors() << " of " << descriptors << " descriptors, " << Threads() << " of " << threads
         << " threads";

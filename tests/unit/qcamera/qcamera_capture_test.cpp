@@ -179,6 +179,27 @@ TEST_F(Capture, ASpanOfThreeWithFixedNumberTwoStopsOnTheSixthFrame) {
     EXPECT_TRUE(camera->GetIsSaveImaged());
 }
 
+TEST_F(Capture, ASeriesFollowsAFrameSizeThatChangesInMidStream) {
+    Start();
+    camera->SetImgSave();
+    PushAndWait(Frame(1));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().imagesSaved == 1; }));
+    EXPECT_EQ(doubles.LastImage().width, 64);
+    EXPECT_EQ(doubles.LastImage().height, 48);
+    PushAndWait(Frame(2, 32, 24));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().imagesSaved == 2; }));
+    EXPECT_EQ(doubles.LastImage().width, 32);
+    EXPECT_EQ(doubles.LastImage().height, 24);
+    EXPECT_EQ(doubles.LastImage().sourceLength, 64u * 48) << "the stream's frame size is that of its start";
+    // Too large for the stream's buffer: not received, so no picture.
+    doubles.PushFrame(Frame(3, 128, 96));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().grabErrors > 0; }));
+    PushAndWait(Frame(4));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().imagesSaved == 3; }));
+    EXPECT_EQ(doubles.LastImage().width, 64);
+    camera->SetImgSave();
+}
+
 TEST_F(Capture, ASeriesByTimeStartsAtOnceAndKeepsItsSteps) {
     QLocalCfg* cfg = QLocalCfg::Instance();
     cfg->SetImgSaveMode(1);

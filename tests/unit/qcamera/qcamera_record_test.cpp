@@ -1,5 +1,7 @@
 #include "QCameraFixture.h"
+#include "support/DiskDouble.h"
 
+#include <cerrno>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -17,6 +19,10 @@ protected:
         file = folder.filePath("video.raw").toUtf8();
         path = folder.path().toUtf8();
     }
+    void TearDown() override {
+        disk.Reset();
+        QCameraFixture::TearDown();
+    }
     int Begin() { return camera->StartRecordRawData(file.constData(), path.constData()); }
     QByteArray Content() {
         QFile in(file);
@@ -28,6 +34,9 @@ protected:
         ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().recorded > before; }));
     }
 
+    // The error of a full disk, told to the owner.
+    const std::string kShown = "show Hint|File operation failed.Please make sure HDD is not full.";
+    support::DiskDouble& disk = support::DiskDouble::Get();
     QByteArray file;
     QByteArray path;
 };
@@ -92,8 +101,7 @@ TEST_F(Record, ADiskThatFillsUpClosesTheFileAndStops) {
     support::SetFreeMiB(1000);
     PushAndWait(Frame(2));
     ASSERT_TRUE(doubles.WaitUntil([&] { return owner.Events().size() == 2; }));
-    EXPECT_EQ(owner.Events(),
-              (Strings{"show Hint|File operation failed.Please make sure HDD is not full.", "stop"}));
+    EXPECT_EQ(owner.Events(), (Strings{kShown, "stop"}));
     EXPECT_EQ(Content().size(), 64 * 48) << "what was written is kept";
     EXPECT_EQ(camera->GetCounters().recordFailures, 1);
     PushAndWait(Frame(3));
@@ -113,6 +121,78 @@ TEST_F(Record, AWriteErrorToo) {
     EXPECT_EQ(owner.Events()[1], "stop");
     EXPECT_FALSE(camera->IsRecordedSuccess());
     EXPECT_EQ(camera->StopRecord(), 0);
+}
+
+TEST_F(Record, ADiskThatStopsForAWhileLosesNoFrame) {
+    constexpr uint16_t kWidth = 1024, kHeight = 1024;
+    SetRegister(reg::Width, kWidth);
+    SetRegister(reg::Height, kHeight);
+    Start();
+    ASSERT_EQ(Begin(), 0);
+    disk.Stop();
+    // Far more than the queue holds.
+    QByteArray expected;
+    for (uint8_t i = 1; i <= 40; ++i) {
+        const int64_t before = camera->GetCounters().recorded;
+        doubles.PushFrame(Frame(i, kWidth, kHeight));
+        ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().recorded > before; }));
+        expected += QByteArray(kWidth * kHeight, static_cast<char>(i));
+    }
+    EXPECT_EQ(camera->GetCounters().overwritten, 0);
+    EXPECT_EQ(Content().size(), 0) << "nothing has reached the disk so far";
+    disk.GoOn();
+    EXPECT_EQ(camera->StopRecord(), 0);
+    EXPECT_EQ(Content(), expected) << "in order";
+    EXPECT_TRUE(owner.Events().empty());
+}
+
+TEST_F(Record, AFrameThatTheDiskRefusesLaterStopsTheRecording) {
+    Start();
+    ASSERT_EQ(Begin(), 0);
+    disk.FailFrom(0, EIO);
+    doubles.PushFrame(Frame(1));
+    ASSERT_TRUE(doubles.WaitUntil([&] {
+        if (owner.Events().empty())
+            doubles.PushFrame(Frame(2));
+        return owner.Events().size() == 2;
+    }));
+    EXPECT_EQ(owner.Events(), (Strings{kShown, "stop"}));
+    const _CAMERA_COUNTERS_ counters = camera->GetCounters();
+    EXPECT_EQ(counters.recorded, 0) << "those that had been counted are failures now";
+    EXPECT_GE(counters.recordFailures, 2);
+    EXPECT_EQ(camera->StopRecord(), 0);
+    EXPECT_EQ(owner.Events().size(), 2u) << "told once";
+}
+
+TEST_F(Record, AFailureThatOnlyTheStopMeetsIsTold) {
+    Start();
+    ASSERT_EQ(Begin(), 0);
+    disk.Stop();
+    PushAndWaitForRecord(1);
+    PushAndWaitForRecord(2);
+    disk.FailFrom(0, EIO);
+    disk.GoOn();
+    EXPECT_EQ(camera->StopRecord(), 0);
+    EXPECT_EQ(owner.Events(), (Strings{kShown}));
+    const _CAMERA_COUNTERS_ counters = camera->GetCounters();
+    EXPECT_EQ(counters.recorded, 0);
+    EXPECT_EQ(counters.recordFailures, 2);
+    EXPECT_EQ(counters.taken, counters.recorded + counters.recordFailures + counters.discarded);
+    EXPECT_TRUE(QFile::exists(file));
+}
+
+TEST_F(Record, ADiskWithoutAnyMoreRoomIsToldByTheFrameItself) {
+    Start();
+    disk.FailReserving(ENOSPC);
+    disk.FailFrom(64 * 48, ENOSPC);
+    ASSERT_EQ(Begin(), 0);
+    PushAndWaitForRecord(1);
+    PushAndWait(Frame(2));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return owner.Events().size() == 2; }));
+    EXPECT_EQ(owner.Events(), (Strings{kShown, "stop"}));
+    EXPECT_EQ(camera->GetCounters().recorded, 1);
+    EXPECT_EQ(camera->GetCounters().recordFailures, 1);
+    EXPECT_EQ(Content(), QByteArray(64 * 48, 1));
 }
 
 TEST_F(Record, WithoutAnOwnerNothingIsWritten) {
@@ -149,6 +229,44 @@ TEST_F(Record, ASmallerStreamAfterALargerOneHasItsOwnFrameSize) {
     ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().recorded == 1; }));
     camera->StopRecord();
     EXPECT_EQ(Content(), QByteArray(32 * 48, 5));
+}
+
+TEST_F(Record, SmallerFramesInMidStreamStandAtTheFrontOfTheirPlaces) {
+    Start();
+    ASSERT_EQ(Begin(), 0);
+    PushAndWaitForRecord(1);
+    doubles.PushFrame(Frame(2, 32, 24));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().recorded == 2; }));
+    EXPECT_EQ(camera->GetWidth(), 32u);
+    camera->StopRecord();
+    // Behind it is what the larger frame left in the buffer.
+    EXPECT_EQ(Content(), QByteArray(64 * 48, 1) + QByteArray(32 * 24, 2) + QByteArray(64 * 48 - 32 * 24, 1));
+}
+
+TEST_F(Record, FramesTooLargeInMidStreamAreCountedAndNotRecorded) {
+    Start();
+    ASSERT_EQ(Begin(), 0);
+    PushAndWaitForRecord(1);
+    const int64_t errors = camera->GetCounters().grabErrors;
+    doubles.PushFrame(Frame(2, 128, 96));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().grabErrors > errors; }));
+    PushAndWaitForRecord(3);
+    camera->StopRecord();
+    EXPECT_EQ(Content(), QByteArray(64 * 48, 1) + QByteArray(64 * 48, 3));
+}
+
+TEST_F(Record, AFrameSizeThatGrowsMakesLaterFramesLonger) {
+    Start();
+    ASSERT_EQ(Begin(), 0);
+    PushAndWaitForRecord(1);
+    SetRegister(reg::PixelFormat, static_cast<uint32_t>(OV_GVSP_BAYER_RG12));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetFrameSize() == 64 * 48 * 2; }))
+        << "the display thread asks for the format";
+    PushAndWaitForRecord(2);
+    camera->StopRecord();
+    const QByteArray content = Content();
+    ASSERT_EQ(content.size(), 64 * 48 + 64 * 48 * 2);
+    EXPECT_EQ(content.left(2 * 64 * 48), QByteArray(64 * 48, 1) + QByteArray(64 * 48, 2));
 }
 
 TEST_F(Record, AStopOfTheStreamClearsTheFlag) {

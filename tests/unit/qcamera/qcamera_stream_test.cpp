@@ -64,6 +64,19 @@ TEST_F(Stream, ARefusedStart) {
     PushAndWait(Frame(1));
 }
 
+TEST_F(Stream, FramesThatComeAtOnceAreCounted) {
+    Open();
+    for (int round = 0; round < 100; ++round) {
+        doubles.PushFrame(Frame(1));
+        doubles.PushFrame(Frame(2));
+        ASSERT_EQ(camera->OnStartGettingFrame(true), 0);
+        ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetRecvFrameNum() == 2; }))
+            << camera->GetRecvFrameNum() << " in round " << round;
+        ASSERT_EQ(camera->StopGettingFrame(), 0);
+        EXPECT_EQ(camera->GetRecvFrameNum(), 2) << "stays";
+    }
+}
+
 TEST_F(Stream, ACompressedCameraCantStart) {
     Open();
     SetRegister(reg::ImageCompressionMode, 1);
