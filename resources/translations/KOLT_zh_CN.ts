@@ -553,6 +553,385 @@ in use by others.</source>
     </message>
 </context>
 <context>
+    <name>QOrvCentralWindow</name>
+    <message>
+        <source>Connecting camera failed.</source>
+        <translation>连接相机失败。</translation>
+    </message>
+    <message>
+        <source>Connecting %1 failed.(%2)</source>
+        <translation>连接 %1 失败。（%2）</translation>
+    </message>
+    <message>
+        <source>%1 connected.</source>
+        <translation>%1 已连接。</translation>
+    </message>
+    <message>
+        <source>The network speed is less than 1.0 Gbps.
+Please check the network connection.</source>
+        <translation>网络速率低于 1.0 Gbps。
+请检查网络连接。</translation>
+    </message>
+    <message>
+        <source>Hint</source>
+        <translation>提示</translation>
+    </message>
+    <message>
+        <source>Disconnecting %1 failed: %2</source>
+        <translation>断开 %1 失败：%2</translation>
+    </message>
+    <message>
+        <source>%1 disconnected.</source>
+        <translation>%1 已断开。</translation>
+    </message>
+    <message>
+        <source>Failed to start live view.</source>
+        <translation>启动实时预览失败。</translation>
+    </message>
+    <message>
+        <source>%1 failed to start live view. (%2)</source>
+        <translation>%1 启动预览失败。（%2）</translation>
+    </message>
+    <message>
+        <source>%1 started live view.</source>
+        <translation>%1 已启动预览。</translation>
+    </message>
+    <message>
+        <source>%1 failed to stop the live view. (%1)</source>
+        <translation>%1 停止预览失败。（%1）</translation>
+    </message>
+    <message>
+        <source>%1 stopped the live view.</source>
+        <translation>%1 已停止预览。</translation>
+    </message>
+    <message>
+        <source>This file is hidden files.</source>
+        <translation>该文件为隐藏文件。</translation>
+    </message>
+    <message>
+        <source>Save Image</source>
+        <translation>保存图像</translation>
+    </message>
+    <message>
+        <source>Images (*.bmp);;RawData (*.raw);;Images (*.jpg)</source>
+        <translation>图像 (*.bmp);;原始数据 (*.raw);;图像 (*.jpg)</translation>
+    </message>
+    <message>
+        <source>Images captured.</source>
+        <translation>抓图成功。</translation>
+    </message>
+    <message>
+        <source>Failed to save the captured image.</source>
+        <translation>保存抓图失败。</translation>
+    </message>
+    <message>
+        <source>Failed to save the captured image. (%1)</source>
+        <translation>保存抓图失败。（%1）</translation>
+    </message>
+    <message>
+        <source>Save Record</source>
+        <translation>保存录像</translation>
+    </message>
+    <message>
+        <source>RawData(*.raw)</source>
+        <translation>原始数据(*.raw)</translation>
+    </message>
+    <message>
+        <source>Recording failed.</source>
+        <translation>录像失败。</translation>
+    </message>
+    <message>
+        <source>Recording failed. (%1)</source>
+        <translation>录像失败。（%1）</translation>
+    </message>
+    <message>
+        <source>Recording failed.No data.</source>
+        <translation>录像失败。没有数据。</translation>
+    </message>
+    <message>
+        <source>Video files saved.</source>
+        <translation>录像已保存。</translation>
+    </message>
+    <message>
+        <source>No picture saved.</source>
+        <translation>没有保存图片。</translation>
+    </message>
+    <message>
+        <source>Save GenIcam File</source>
+        <translation>保存 GenICam 文件</translation>
+    </message>
+    <message>
+        <source>File (*.xml)</source>
+        <translation>文件 (*.xml)</translation>
+    </message>
+    <message>
+        <source>Failed to save the GenICam XML file. (%1)</source>
+        <translation>保存 GenICam XML 文件失败。（%1）</translation>
+    </message>
+    <message>
+        <source>Failed to open the attribute settings. 
+Please stop recording first.</source>
+        <translation>打开属性设置失败。
+请先停止录像。</translation>
+    </message>
+    <message>
+        <source>Failed to open the attribute settings. Please stop capturing first.</source>
+        <translation>打开属性设置失败。请先停止抓图。</translation>
+    </message>
+    <message>
+        <source>Failed to open the Option window.</source>
+        <translation>打开选项窗口失败。</translation>
+    </message>
+    <message>
+        <source>This version has no feature editor.</source>
+        <translation>此版本没有属性编辑器。</translation>
+    </message>
+    <message>
+        <source>This version doesn&apos;t show the embedded information.</source>
+        <translation>此版本不显示嵌入信息。</translation>
+    </message>
+    <message>
+        <source>Device</source>
+        <translation>设备</translation>
+    </message>
+    <message>
+        <source>Feature</source>
+        <translation>属性</translation>
+    </message>
+    <message>
+        <source>Log</source>
+        <translation>日志</translation>
+    </message>
+    <message>
+        <source>Embedded Information</source>
+        <translation>嵌入信息</translation>
+    </message>
+    <message>
+        <source>The packet loss is too much.Please adjust the bandwidth.</source>
+        <translation>丢包过多，请调整带宽。</translation>
+    </message>
+</context>
+<context>
+    <name>QOrvMainWindow</name>
+    <message>
+        <source>KOLT CAPTURE %1</source>
+        <translation>KOLT CAPTURE %1</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>文件</translation>
+    </message>
+    <message>
+        <source>View</source>
+        <translation>视图</translation>
+    </message>
+    <message>
+        <source>Camera</source>
+        <translation>相机</translation>
+    </message>
+    <message>
+        <source>Setting</source>
+        <translation>设置</translation>
+    </message>
+    <message>
+        <source>Tool</source>
+        <translation>工具</translation>
+    </message>
+    <message>
+        <source>Lang</source>
+        <translation>语言</translation>
+    </message>
+    <message>
+        <source>Help</source>
+        <translation>帮助</translation>
+    </message>
+    <message>
+        <source>Display Mode</source>
+        <translation>显示模式</translation>
+    </message>
+    <message>
+        <source>Exit</source>
+        <translation>退出</translation>
+    </message>
+    <message>
+        <source>Zoom in</source>
+        <translation>放大</translation>
+    </message>
+    <message>
+        <source>Zoom out</source>
+        <translation>缩小</translation>
+    </message>
+    <message>
+        <source>Fit to Window</source>
+        <translation>适应窗口</translation>
+    </message>
+    <message>
+        <source>Actual Size</source>
+        <translation>实际大小</translation>
+    </message>
+    <message>
+        <source>30 fps</source>
+        <translation>30 fps</translation>
+    </message>
+    <message>
+        <source>60 fps</source>
+        <translation>60 fps</translation>
+    </message>
+    <message>
+        <source>Disable Display</source>
+        <translation>禁用显示</translation>
+    </message>
+    <message>
+        <source>Import Features</source>
+        <translation>导入属性</translation>
+    </message>
+    <message>
+        <source>Export Features</source>
+        <translation>导出属性</translation>
+    </message>
+    <message>
+        <source>Add Remote Camera</source>
+        <translation>添加远程相机</translation>
+    </message>
+    <message>
+        <source>Save GenIcam XML</source>
+        <translation>保存 GenICam XML</translation>
+    </message>
+    <message>
+        <source>Feature</source>
+        <translation>属性</translation>
+    </message>
+    <message>
+        <source>Option</source>
+        <translation>选项</translation>
+    </message>
+    <message>
+        <source>IP Configurator</source>
+        <translation>IP 配置工具</translation>
+    </message>
+    <message>
+        <source>Firmware Updater</source>
+        <translation>固件升级工具</translation>
+    </message>
+    <message>
+        <source>English</source>
+        <translation>English</translation>
+    </message>
+    <message>
+        <source>Chinese</source>
+        <translation>中文</translation>
+    </message>
+    <message>
+        <source>User Manual</source>
+        <translation>用户手册</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>关于</translation>
+    </message>
+    <message>
+        <source>Disconnect Camera</source>
+        <translation>断开相机</translation>
+    </message>
+    <message>
+        <source>Connect Camera</source>
+        <translation>连接相机</translation>
+    </message>
+    <message>
+        <source>Stop Acquisition</source>
+        <translation>停止采集</translation>
+    </message>
+    <message>
+        <source>Start Acquisition</source>
+        <translation>开始采集</translation>
+    </message>
+    <message>
+        <source>Stop Recording</source>
+        <translation>停止录像</translation>
+    </message>
+    <message>
+        <source>Start Recording</source>
+        <translation>开始录像</translation>
+    </message>
+    <message>
+        <source>Stop Capturing</source>
+        <translation>停止抓图</translation>
+    </message>
+    <message>
+        <source>Capture and Save</source>
+        <translation>抓图并保存</translation>
+    </message>
+    <message>
+        <source>Hint</source>
+        <translation>提示</translation>
+    </message>
+    <message>
+        <source>Exit the client?</source>
+        <translation>是否退出客户端？</translation>
+    </message>
+    <message>
+        <source>Please turn off Windows Firewall to ensure
+that the client can work properly.</source>
+        <translation>请关闭 Windows 防火墙，
+以确保客户端正常工作。</translation>
+    </message>
+</context>
+<context>
+    <name>QOrvToolBar</name>
+    <message>
+        <source>Disconnect Camera</source>
+        <translation>断开相机</translation>
+    </message>
+    <message>
+        <source>Connect Camera</source>
+        <translation>连接相机</translation>
+    </message>
+    <message>
+        <source>Stop Live View</source>
+        <translation>停止预览</translation>
+    </message>
+    <message>
+        <source>Start Acquisition</source>
+        <translation>开始采集</translation>
+    </message>
+    <message>
+        <source>Stop Recording</source>
+        <translation>停止录像</translation>
+    </message>
+    <message>
+        <source>Start Recording</source>
+        <translation>开始录像</translation>
+    </message>
+    <message>
+        <source>Stop Capturing</source>
+        <translation>停止抓图</translation>
+    </message>
+    <message>
+        <source>Capture and Save</source>
+        <translation>抓图并保存</translation>
+    </message>
+    <message>
+        <source>Control Toolbar</source>
+        <translation>工具栏</translation>
+    </message>
+    <message>
+        <source>Zoom in</source>
+        <translation>放大</translation>
+    </message>
+    <message>
+        <source>Zoom out</source>
+        <translation>缩小</translation>
+    </message>
+    <message>
+        <source>Fit to Window</source>
+        <translation>适应窗口</translation>
+    </message>
+    <message>
+        <source>Actual Size</source>
+        <translation>实际大小</translation>
+    </message>
+</context>
+<context>
     <name>QPrevStatusBar</name>
     <message>
         <source>LineRate: --Hz</source>

@@ -12,6 +12,11 @@ void Run(QProcess& process, const QString& program, const QStringList& arguments
     process.waitForFinished(kWaitMs);
 }
 
+QString ProcessList(QProcess& process) {
+    Run(process, "ps", {"-ef"});
+    return QString::fromLocal8Bit(process.readAllStandardOutput());
+}
+
 bool IsStandaloneOne(const QString& text, int at) {
     return text[at] == '1' && text[at - 1] == ' ' && at + 1 < text.size() && text[at + 1] == ' ';
 }
@@ -35,11 +40,22 @@ QString ToolPidText(const QString& processList, int nameAt) {
 
 int EndToolProcess(const QString& name) {
     QProcess process;
-    Run(process, "ps", {"-ef"});
-    const QString processList = QString::fromLocal8Bit(process.readAllStandardOutput());
+    const QString processList = ProcessList(process);
     const int nameAt = processList.indexOf(name);
     if (nameAt < 0)
         return 0;
     Run(process, "kill", {"-9", ToolPidText(processList, nameAt)});
     return 1;
+}
+
+int EndToolByPattern(const QString& name, const QString& pattern) {
+    QProcess process;
+    if (!ProcessList(process).contains(name))
+        return 0;
+    Run(process, "pkill", {"-f", pattern});
+    return 1;
+}
+
+int IsProcessExitOnlyOne(const QString& /*name*/) {
+    return 0;
 }

@@ -14,3 +14,10 @@ QString ToolPidText(const QString& processList, int nameAt);
 // anchored. 1 when the name was found, whether or not the kill succeeded, else 0. Main thread; waits for the
 // two commands, each at most 30 s for its start and 30 s for its end.
 int EndToolProcess(const QString& name);
+
+// Runs "pkill -f pattern" when `name` stands anywhere in the list of processes: then 1, else 0. Waits as
+// EndToolProcess does.
+int EndToolByPattern(const QString& name, const QString& pattern);
+
+// Deliberate: always 0, whatever the name. The place for a question that nothing asks so far.
+int IsProcessExitOnlyOne(const QString& name);

@@ -2,11 +2,12 @@
 
 #include "UI/Controls/LookTokens.h"
 
-#include <QEvent>
+#include <QApplication>
 #include <QMouseEvent>
 #include <QWidget>
 #include <QWindow>
 #include <algorithm>
+#include <utility>
 
 QRect ResizedByEdges(const QRect& start, Qt::Edges edges, const QPoint& way, const QSize& minimum,
                      const QSize& maximum) {
@@ -41,96 +42,108 @@ static Qt::CursorShape CursorOf(Qt::Edges edges) {
     return edges & (Qt::LeftEdge | Qt::RightEdge) ? Qt::SizeHorCursor : Qt::SizeVerCursor;
 }
 
-class CFrameGrips::Grip : public QWidget {
-public:
-    Grip(QWidget* window, Qt::Edges edges) : QWidget(window), m_edges(edges) {
-        setObjectName("frameGrip");
-        setCursor(CursorOf(edges));
-        setFocusPolicy(Qt::NoFocus);
-        setAttribute(Qt::WA_NoSystemBackground);
-    }
-
-    void Place(const QSize& window) {
-        constexpr int width = Look::grip;
-        constexpr int corner = 2 * Look::grip;
-        QRect room(QPoint(), window);
-        if (m_edges & Qt::LeftEdge)
-            room.setWidth(width);
-        if (m_edges & Qt::RightEdge)
-            room.setLeft(window.width() - width);
-        if (m_edges & Qt::TopEdge)
-            room.setHeight(width);
-        if (m_edges & Qt::BottomEdge)
-            room.setTop(window.height() - width);
-        // The sides leave the corners to the corner grips.
-        if (!(m_edges & (Qt::TopEdge | Qt::BottomEdge)))
-            room.adjust(0, corner, 0, -corner);
-        else if (!(m_edges & (Qt::LeftEdge | Qt::RightEdge)))
-            room.adjust(corner, 0, -corner, 0);
-        setGeometry(room);
-    }
-
-protected:
-    void mousePressEvent(QMouseEvent* event) override {
-        if (event->button() != Qt::LeftButton)
-            return;
-        m_bDragging = false;
-        QWindow* handle = window()->windowHandle();
-        if (handle && handle->startSystemResize(m_edges))
-            return;
-        m_bDragging = true;
-        m_ptPress = event->globalPos();
-        m_start = window()->geometry();
-    }
-
-    void mouseMoveEvent(QMouseEvent* event) override {
-        if (m_bDragging)
-            window()->setGeometry(ResizedByEdges(
-                m_start, m_edges, event->globalPos() - m_ptPress,
-                window()->minimumSize().expandedTo(window()->minimumSizeHint()), window()->maximumSize()));
-    }
-
-    void mouseReleaseEvent(QMouseEvent*) override { m_bDragging = false; }
-
-private:
-    const Qt::Edges m_edges;
-    bool m_bDragging = false;
-    QPoint m_ptPress;
-    QRect m_start;
-};
+Qt::Edges EdgesAt(const QSize& window, const QPoint& place) {
+    constexpr int width = Look::grip;
+    constexpr int corner = 2 * Look::grip;
+    if (!QRect(QPoint(), window).contains(place))
+        return {};
+    const int right = window.width() - 1 - place.x();
+    const int bottom = window.height() - 1 - place.y();
+    const bool atSide = place.x() < width || right < width;
+    const bool atEnd = place.y() < width || bottom < width;
+    Qt::Edges edges;
+    if (!atSide && !atEnd)
+        return edges;
+    // At a corner the other direction reaches further.
+    edges.setFlag(Qt::LeftEdge, place.x() < (atEnd ? corner : width));
+    edges.setFlag(Qt::RightEdge, right < (atEnd ? corner : width));
+    edges.setFlag(Qt::TopEdge, place.y() < (atSide ? corner : width));
+    edges.setFlag(Qt::BottomEdge, bottom < (atSide ? corner : width));
+    return edges;
+}
 
 CFrameGrips::CFrameGrips(QWidget* window) : QObject(window), m_pWindow(window) {
-    const Qt::Edges edges[] = {Qt::LeftEdge,
-                               Qt::RightEdge,
-                               Qt::TopEdge,
-                               Qt::BottomEdge,
-                               Qt::LeftEdge | Qt::TopEdge,
-                               Qt::RightEdge | Qt::TopEdge,
-                               Qt::LeftEdge | Qt::BottomEdge,
-                               Qt::RightEdge | Qt::BottomEdge};
-    for (size_t i = 0; i < m_grips.size(); ++i)
-        m_grips[i] = new Grip(window, edges[i]);
-    window->installEventFilter(this);
-    Place();
+    qApp->installEventFilter(this);
+}
+
+CFrameGrips::~CFrameGrips() {
+    ShowCursor({});
 }
 
 void CFrameGrips::SetEnabled(bool enabled) {
     m_bEnabled = enabled;
-    Place();
+    if (!enabled)
+        ShowCursor({});
 }
 
-bool CFrameGrips::eventFilter(QObject* watched, QEvent* event) {
-    const auto type = event->type();
-    if (watched == m_pWindow &&
-        (type == QEvent::Resize || type == QEvent::Show || type == QEvent::WindowStateChange))
-        Place();
+bool CFrameGrips::IsOurs(QWindow* window) const {
+    const QWindow* const own = m_pWindow->windowHandle();
+    for (const QWindow* each = window; each && own; each = each->parent())
+        if (each == own)
+            return true;
     return false;
 }
 
-void CFrameGrips::Place() {
-    for (Grip* grip : m_grips) {
-        grip->setVisible(m_bEnabled && !m_pWindow->isMaximized());
-        grip->Place(m_pWindow->size());
-        grip->raise();
+Qt::Edges CFrameGrips::EdgesUnder(const QMouseEvent& event) const {
+    // An open menu has the pointer for itself, wherever it is.
+    if (!m_bEnabled || !m_pWindow->isWindow() || m_pWindow->isMaximized() || m_pWindow->isFullScreen() ||
+        QApplication::activePopupWidget())
+        return {};
+    return EdgesAt(m_pWindow->size(), m_pWindow->mapFromGlobal(event.globalPos()));
+}
+
+void CFrameGrips::ShowCursor(Qt::Edges edges) {
+    if (edges == m_shown)
+        return;
+    if (m_shown)
+        QGuiApplication::restoreOverrideCursor();
+    if (edges)
+        QGuiApplication::setOverrideCursor(CursorOf(edges));
+    m_shown = edges;
+}
+
+bool CFrameGrips::OnPress(const QMouseEvent& event) {
+    const Qt::Edges edges = EdgesUnder(event);
+    if (!edges || event.button() != Qt::LeftButton)
+        return false;
+    if (event.type() == QEvent::MouseButtonPress && !m_pWindow->windowHandle()->startSystemResize(edges)) {
+        m_dragged = edges;
+        m_ptPress = event.globalPos();
+        m_start = m_pWindow->geometry();
+    }
+    return true; // the content gets none of it
+}
+
+bool CFrameGrips::OnMove(const QMouseEvent& event) {
+    if (m_dragged) {
+        m_pWindow->setGeometry(ResizedByEdges(
+            m_start, m_dragged, event.globalPos() - m_ptPress,
+            m_pWindow->minimumSize().expandedTo(m_pWindow->minimumSizeHint()), m_pWindow->maximumSize()));
+        return true;
+    }
+    // What is being dragged inside the window may come to the edge.
+    if (event.buttons() == Qt::NoButton)
+        ShowCursor(EdgesUnder(event));
+    return false;
+}
+
+// Sees the events of native windows before these are given to widgets.
+bool CFrameGrips::eventFilter(QObject* watched, QEvent* event) {
+    if (!watched->isWindowType() || !IsOurs(static_cast<QWindow*>(watched)))
+        return false;
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        return OnPress(*static_cast<QMouseEvent*>(event));
+    case QEvent::MouseMove:
+        return OnMove(*static_cast<QMouseEvent*>(event));
+    case QEvent::MouseButtonRelease:
+        return std::exchange(m_dragged, Qt::Edges()) != Qt::Edges();
+    case QEvent::Leave:
+    case QEvent::Hide:
+        ShowCursor({});
+        return false;
+    default:
+        return false;
     }
 }

@@ -12,6 +12,9 @@ CKoltStyle::CKoltStyle() : QProxyStyle(QStyleFactory::create("Fusion")) {}
 
 void CKoltStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                                const QWidget* widget) const {
+    // The base style's line under tabs, which main windows ask for: it only shows where the tabs end.
+    if (element == PE_FrameTabBarBase)
+        return;
     if (element != PE_FrameFocusRect) {
         QProxyStyle::drawPrimitive(element, option, painter, widget);
         return;

@@ -4,8 +4,8 @@
 #include <QProxyStyle>
 
 // The base style under the style sheet: rows of one height, the focus of lists shown on the current row (the
-// style sheet draws the other focus rings), lists of combo boxes that drop down below the box, tool tips
-// after half a second.
+// style sheet draws the other focus rings), tabs without a line below them, lists of combo boxes that drop
+// down below the box, tool tips after half a second.
 class CKoltStyle : public QProxyStyle {
     Q_OBJECT
 

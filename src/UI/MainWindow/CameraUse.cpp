@@ -1,15 +1,19 @@
 #include "UI/MainWindow/CameraUse.h"
 
-#include "Camera/QCamera.h"
-#include "Camera/QCameraContainer.h"
+#include "Camera/CCameraRef.h"
+
+#include <array>
 
 bool UseCamera(long lCameraID, const std::function<void(QCamera&)>& use) {
-    QCameraContainer* const container = QCameraContainer::Instance();
-    QCamera* const camera = container ? container->GetCamera(lCameraID) : nullptr;
+    const CCameraRef camera = CCameraRef::ById(lCameraID);
     if (!camera)
         return false;
-    camera->AddRef();
     use(*camera);
-    camera->ReleaseRef();
     return true;
+}
+
+QString NameOfCamera(const QCamera& camera) {
+    std::array<char, 129> name{};
+    return camera.GetCameraName(name.data(), static_cast<int>(name.size())) ? QString::fromUtf8(name.data())
+                                                                            : QString();
 }

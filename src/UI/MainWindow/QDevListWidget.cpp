@@ -173,12 +173,18 @@ bool QDevListWidget::InitSignals() {
     return true;
 }
 
-void QDevListWidget::Release() {
+void QDevListWidget::EndDetection() {
+    if (m_pTimer)
+        m_pTimer->stop();
     if (m_pThread) {
         m_pThread->disconnect(this);
         m_pThread->exit(0);
         m_pThread.reset();
     }
+}
+
+void QDevListWidget::Release() {
+    EndDetection();
     if (m_pTree)
         m_pTree->disconnect(this); // selections that change while it goes are nobody's business
     m_mapNetworks.clear();

@@ -61,6 +61,9 @@ public:
     // Nothing while a round runs.
     void StartDevDetectThread();
     bool IsDetecting() const;
+    // For the program's end: waits for a running round and lets no further one start, so that nobody asks for
+    // the registry when it has been released.
+    void EndDetection();
 
 public Q_SLOTS:
     // `bAdd`: added by hand, and never marked as unreachable by this call.

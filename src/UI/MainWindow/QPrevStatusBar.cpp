@@ -72,6 +72,7 @@ bool QPrevStatusBar::InitWidget() {
     m_pBtnExpand = new QImageButton(this);
     m_pBtnExpand->SetBtnImageSet(":/ORV/Resources/function btn/expand");
     m_pBtnExpand->setFixedSize(kButtonSide, kButtonSide);
+    m_pBtnExpand->setFocusPolicy(Qt::TabFocus); // a click leaves no focus frame in the bar
     m_pBtnExpand->setToolTip(tr("Choose the items of the status bar"));
     m_pBtnExpand->setAccessibleName(tr("Choose the items of the status bar"));
     connect(m_pBtnExpand, &QImageButton::SigButtonPressed, this, &QPrevStatusBar::SigItemSelectBtnPressed);

@@ -9,11 +9,10 @@
 #include "UI/MainWindow/QPreviewWidget.h"
 #include "UI/MainWindow/QStatusItemSelectWidget.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QScreen>
 #include <QVBoxLayout>
-#include <array>
 #include <new>
 
 namespace {
@@ -21,13 +20,7 @@ namespace {
 constexpr int kStatisticsMs = 250;
 constexpr int kVisionMs = 1000;
 constexpr int kLeaveFullScreenMs = 200;
-constexpr int kNameCapacity = 129;
 constexpr tagVRRectF kFull{0, 1, 0, 1};
-
-QString NameOf(const QCamera& camera) {
-    std::array<char, kNameCapacity> name{};
-    return camera.GetCameraName(name.data(), kNameCapacity) ? QString::fromUtf8(name.data()) : QString();
-}
 
 } // namespace
 
@@ -125,7 +118,7 @@ void QRenderWidget::OnStopRender() {
 }
 
 void QRenderWidget::OnUpdatePreTitle() {
-    WithCamera([this](const QCamera& camera) { m_pTitleBar->SetTitle(NameOf(camera)); });
+    WithCamera([this](const QCamera& camera) { m_pTitleBar->SetTitle(NameOfCamera(camera)); });
 }
 
 void QRenderWidget::OnSetRecord(bool bRecord, bool bOn) {
@@ -238,6 +231,8 @@ void QRenderWidget::OnItemSelectBtnPressed(int) {
     if (m_bItemSelect) {
         m_pItemSelect->UpdateCheckState();
         PlaceItemSelect();
+    } else if (m_pItemSelect->isAncestorOf(QApplication::focusWidget())) {
+        m_pPreview->setFocus(Qt::OtherFocusReason); // else the next in the tab order gets it
     }
     m_pItemSelect->setVisible(m_bItemSelect);
 }
@@ -259,4 +254,9 @@ void QRenderWidget::changeEvent(QEvent* event) {
 
 void QRenderWidget::RefreshWidgetInfo() {
     OnPreviewWidgetMouseMove(QPoint(0, 0));
+    // What no timer tells anew.
+    if (m_pPreview->Zoom().HasRaw()) {
+        OnFrameSizeChanged(m_nFrameWidth, m_nFrameHeight);
+        m_pPreview->GenerateZoomInfo();
+    }
 }

@@ -113,4 +113,11 @@ TEST_F(EndTool, WithoutTheListCommandNothingIsFound) {
     EXPECT_EQ(EndToolProcess("Some_Tool"), 0);
 }
 
+TEST_F(EndTool, WhetherThereIsOnlyOneIsNeverAsked) {
+    List(QString(kHead) + "root        4242       1  0 10:00 ?        00:00:00 /opt/Some_Tool ENG\n");
+    EXPECT_EQ(IsProcessExitOnlyOne("Some_Tool"), 0);
+    EXPECT_EQ(IsProcessExitOnlyOne(""), 0);
+    EXPECT_EQ(Arguments("ps"), "not run");
+}
+
 } // namespace

@@ -94,8 +94,11 @@ QStringList FindFaults(const QString& source, const QString& translation) {
         faults << "other mnemonic";
     if (!Matches("&[A-Za-z]", translation).isEmpty() && WithoutMnemonic(translation).contains('&'))
         faults << "mnemonic not in brackets behind the text";
-    // Chinese marks stand for these; a colon between figures or in "://" isn't a mark.
-    if (!Matches("[一-鿿][,;:?!.](?![.0-9])|[,;:?!][一-鿿]|[一-鿿]\\((?!&|\\*)", translation).isEmpty())
+    // Chinese marks stand for these; a colon between figures or in "://" isn't a mark, nor is what parts the
+    // filters of a file dialog.
+    if (!Matches("[一-鿿][,;:?!.](?![.0-9])|[,;:?!][一-鿿]|[一-鿿]\\((?!&|\\*)",
+                 QString(translation).replace(";;", " "))
+             .isEmpty())
         faults << "punctuation of half width";
     if (!Matches("[一-鿿][A-Za-z0-9]|[A-Za-z0-9][一-鿿]", translation).isEmpty())
         faults << "no blank between Han and Latin";

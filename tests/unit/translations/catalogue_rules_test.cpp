@@ -66,6 +66,8 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{"At 12:30", "在 12:30", nullptr}, FaultRow{"Failed.(%1)", "失败。（%1）", nullptr},
         FaultRow{"Failed.", "失败。IP 地址。", nullptr},
         FaultRow{"Failed(%1)", "失败(%1)", "punctuation of half width"},
+        FaultRow{"A (*.a);;B (*.b)", "甲 (*.a);;乙 (*.b)", nullptr},
+        FaultRow{"A;B", "甲;乙", "punctuation of half width"},
         FaultRow{"All files (*)", "所有文件(*)", nullptr}, FaultRow{"More...", "更多...", nullptr},
         FaultRow{"IP address", "IP地址", "no blank between Han and Latin"},
         FaultRow{"IP address", "IP 地址", nullptr}, FaultRow{"Failed.", "失败", "a sentence without its end"},

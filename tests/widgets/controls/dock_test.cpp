@@ -1,5 +1,6 @@
 #include "KitFixture.h"
 
+#include "UI/Controls/CFrameGrips.h"
 #include "UI/Controls/LookTokens.h"
 #include "UI/Controls/QDockTitleBar.h"
 #include "UI/Controls/QDockWidgetEx.h"
@@ -55,15 +56,10 @@ TEST_F(Dock, TitleBarWithoutADockDoesNothingOnClose) {
 }
 
 TEST_F(Dock, AfloatItsEdgesResizeIt) {
-    const auto grips = [&] {
-        int count = 0;
-        for (const QWidget* grip : m_dock->findChildren<QWidget*>("frameGrip"))
-            count += grip->isVisible() ? 1 : 0;
-        return count;
-    };
-    EXPECT_EQ(grips(), 0);
+    const auto* const grips = m_dock->findChild<CFrameGrips*>();
+    EXPECT_FALSE(grips->IsEnabled());
     m_dock->setFloating(true);
-    EXPECT_TRUE(kit_test::Eventually([&] { return grips() == 8; }));
+    EXPECT_TRUE(grips->IsEnabled());
     m_dock->setFloating(false);
-    EXPECT_TRUE(kit_test::Eventually([&] { return grips() == 0; }));
+    EXPECT_FALSE(grips->IsEnabled());
 }

@@ -18,17 +18,45 @@ static QStringList Pictures(const QString& folder) {
     return found;
 }
 
+static QByteArray Bytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+static void ExpectSamePictures(const QString& drawn, const QString& kept, int atLeast) {
+    const QStringList pictures = Pictures(drawn);
+    EXPECT_EQ(pictures, Pictures(kept));
+    EXPECT_GE(pictures.size(), atLeast);
+    for (const QString& name : pictures)
+        EXPECT_EQ(QImage(drawn + '/' + name), QImage(kept + '/' + name)) << name.toStdString();
+}
+
 TEST(Icons, AreTheRenderingOfTheirDrawings) {
     const QTemporaryDir folder;
     const auto finished =
         kolt::test::run({KOLT_SOURCE_DIR "/scripts/render-icons", folder.path().toStdString()});
     ASSERT_EQ(finished.exitCode, 0) << finished.output;
-    const QString kept = KOLT_SOURCE_DIR "/resources";
-    const QStringList pictures = Pictures(folder.path());
-    EXPECT_EQ(pictures, Pictures(kept));
-    EXPECT_GT(pictures.size(), 300);
-    for (const QString& name : pictures)
-        EXPECT_EQ(QImage(folder.filePath(name)), QImage(kept + '/' + name)) << name.toStdString();
+    ExpectSamePictures(folder.filePath("resources"), KOLT_SOURCE_DIR "/resources", 300);
+
+    // The program's icon: inside of it, and for desktops.
+    EXPECT_EQ(Bytes(folder.filePath("resources/ORV.ico")), Bytes(KOLT_SOURCE_DIR "/resources/ORV.ico"));
+    const QString desktop = KOLT_SOURCE_DIR "/packaging/icons";
+    ExpectSamePictures(folder.filePath("packaging/icons"), desktop, 8);
+    const QByteArray drawing = Bytes(desktop + "/scalable/kolt-capture.svg");
+    EXPECT_EQ(drawing, Bytes(KOLT_SOURCE_DIR "/resources/icons/logo.svg"));
+    EXPECT_TRUE(drawing.startsWith("<svg"));
+}
+
+TEST(Icons, OfTheDesktopHaveTheSizesOfTheirFolders) {
+    for (int size : {16, 24, 32, 48, 64, 128, 256, 512}) {
+        const QString path = QString(KOLT_SOURCE_DIR "/packaging/icons/%1x%1/kolt-capture.png").arg(size);
+        const QImage icon(path);
+        EXPECT_EQ(icon.size(), QSize(size, size)) << path.toStdString();
+        // Round corners, and the white of a blade on the ground's colours.
+        EXPECT_LT(qAlpha(icon.pixel(0, 0)), 64) << size;
+        EXPECT_EQ(qAlpha(icon.pixel(size / 2, size / 2)), 255) << size;
+        EXPECT_GT(qBlue(icon.pixel(size / 2, size / 2)), qRed(icon.pixel(size / 2, size / 2)) + 60) << size;
+    }
 }
 
 TEST(Icons, AreAllInTheListOfResources) {
@@ -45,7 +73,7 @@ TEST(Icons, AreDrawnOnOneGridWithOneStroke) {
     const QDir drawings(KOLT_SOURCE_DIR "/resources/icons");
     int count = 0;
     for (const QString& name : drawings.entryList({"*.svg"})) {
-        if (name == "logo.svg" || name == "background.svg")
+        if (name.startsWith("logo") || name == "background.svg")
             continue;
         QFile file(drawings.filePath(name));
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));

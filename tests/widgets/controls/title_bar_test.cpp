@@ -1,5 +1,6 @@
 #include "KitFixture.h"
 
+#include "UI/Controls/CFrameGrips.h"
 #include "UI/Controls/QImageButton.h"
 #include "UI/Controls/QMainWindowEx.h"
 #include "UI/Controls/QMenuBarEx.h"
@@ -191,15 +192,10 @@ TEST_F(TitleBar, WindowTakesALayoutBelowTheBar) {
 TEST_F(TitleBar, EdgesAreOffWhileMaximised) {
     QMainWindowEx window;
     Open(window);
-    const auto shown = [&] {
-        int count = 0;
-        for (const QWidget* grip : window.findChildren<QWidget*>("frameGrip"))
-            count += grip->isVisible() ? 1 : 0;
-        return count;
-    };
-    EXPECT_EQ(shown(), 8);
+    const auto* const grips = window.findChild<CFrameGrips*>();
+    EXPECT_TRUE(grips->IsEnabled());
     window.TitleBar()->OnClickedMaxSize();
-    EXPECT_EQ(shown(), 0);
+    EXPECT_FALSE(grips->IsEnabled());
     window.TitleBar()->OnClickedMaxSize();
-    EXPECT_EQ(shown(), 8);
+    EXPECT_TRUE(grips->IsEnabled());
 }

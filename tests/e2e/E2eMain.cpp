@@ -1,0 +1,32 @@
+#include "Common/ApplicationStart.h"
+#include "UI/Controls/Look.h"
+#include "e2e/E2eFixture.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <gmock/gmock.h>
+#include <thread>
+
+// The main function of the program, with a person before it.
+int main(int argc, char** argv) {
+    testing::InitGoogleMock(&argc, argv);
+    if (testing::GTEST_FLAG(list_tests))
+        return RUN_ALL_TESTS();
+    e2e::World world;
+    Look::BeforeApplication();
+    QApplication application(argc, argv);
+    Look::Apply(application);
+    InitializeCodec();
+    InitApplicationFont(QCoreApplication::applicationDirPath() + "/segoeui.ttf");
+    QApplication::setWindowIcon(QIcon(":/ORV/Resources/ORV.ico"));
+    QApplication::setQuitOnLastWindowClosed(false); // several programs come and go
+    int result = 1;
+    std::thread person([&result] {
+        result = RUN_ALL_TESTS();
+        QMetaObject::invokeMethod(
+            qApp, [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
+    });
+    QApplication::exec();
+    person.join();
+    return result;
+}
