@@ -1,11 +1,12 @@
-# kolt_add_test(<target> SOURCES <src>... [LIBS <lib>...] [LABEL <label>] [TIMEOUT <seconds>] [SERIAL] [XVFB])
+# kolt_add_test(<target> SOURCES <src>... [LIBS <lib>...] [LABEL <label>] [TIMEOUT <seconds>] [FIXTURE <name>] [SERIAL] [XVFB])
 #
 # One GoogleTest program; each of its tests becomes a ctest entry. XVFB runs it under its own virtual display.
 # SERIAL keeps its tests from running beside others (for what needs the machine's cores or ports to itself).
+# FIXTURE names a ctest fixture that its tests want set up before.
 # The working folder is the build folder of the test; pictures that a test keeps go to $KOLT_TEST_OUT
 # (build/<preset>/test-out).
 function(kolt_add_test target)
-  cmake_parse_arguments(ARG "SERIAL;XVFB" "TIMEOUT;LABEL;LABELS" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "SERIAL;XVFB" "TIMEOUT;LABEL;LABELS;FIXTURE" "SOURCES;LIBS" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
@@ -19,6 +20,9 @@ function(kolt_add_test target)
       ENVIRONMENT "KOLT_TEST_OUT=${CMAKE_BINARY_DIR}/test-out")
   if(ARG_SERIAL)
     list(APPEND properties RUN_SERIAL TRUE)
+  endif()
+  if(ARG_FIXTURE)
+    list(APPEND properties FIXTURES_REQUIRED ${ARG_FIXTURE})
   endif()
   if(ARG_XVFB)
     set_property(TARGET ${target} PROPERTY CROSSCOMPILING_EMULATOR "${PROJECT_SOURCE_DIR}/scripts/with-xvfb")
