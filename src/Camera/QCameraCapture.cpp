@@ -226,8 +226,11 @@ int QCamera::SaveOneImage() {
     const QString path = naming == 0 || naming == 1
                              ? SeriesFileName(folder, cfg->GetImgSavePreFileName(), number, format)
                              : QString();
-    if (!QDir(folder).exists() && !QDir().mkpath(folder))
+    if (!QDir(folder).exists() && !QDir().mkpath(folder)) {
+        // deliberate: without a message.
+        ++m_nImageFailures;
         return -27;
+    }
     const QByteArray name = QFile::encodeName(path);
     int code = 0;
     if (format == 0 || format == 1)

@@ -27,10 +27,9 @@ void QCamera::ParseEmbeddedSelector() {
 void QCamera::ParseEmbeddedImageInfo(const uint8_t* data) {
     if (!data)
         return;
-    if (m_bRefreshEmbedded) {
+    // Cleared first: who changes the register while it is being read wants it read once more.
+    if (m_bRefreshEmbedded.exchange(false))
         ParseEmbeddedSelector();
-        m_bRefreshEmbedded = false;
-    }
     _EMBEDDED_IMAGE_INFO_ info{};
     {
         const std::lock_guard<CFairMutex> grab(m_grabMutex);

@@ -214,16 +214,26 @@ int QCamera::GetBaseNodeAccessMode(const char* name, GenApi_3_0::_EAccessMode& m
 // ----------------------------------------------------------------------------------------------------------------
 
 int QCamera::SetBooleanNodePropertyValue(const char* name, int value) {
-    // Before the write, and whether or not it succeeds: the block in the frames may change from now on.
-    if (name && std::strcmp(name, "FrameSpecInfo") == 0)
+    // Before the write, and whether or not it succeeds: the block in the frames may change from now on. After
+    // it again: a frame in between may have brought the former selector back.
+    const bool refresh = name && std::strcmp(name, "FrameSpecInfo") == 0;
+    if (refresh)
         RefreshEmbeddedInfo();
-    return WriteNode<IBoolean>(name, [value](IBoolean& node) { node.SetValue(value != 0, true); });
+    const int written =
+        WriteNode<IBoolean>(name, [value](IBoolean& node) { node.SetValue(value != 0, true); });
+    if (refresh)
+        RefreshEmbeddedInfo();
+    return written;
 }
 
 int QCamera::SetIntegerNodePropertyValue(const char* name, long long value) {
-    if (name && std::strcmp(name, "FrameSpecInfo_Reg") == 0)
+    const bool refresh = name && std::strcmp(name, "FrameSpecInfo_Reg") == 0;
+    if (refresh)
         RefreshEmbeddedInfo();
-    return WriteNode<IInteger>(name, [value](IInteger& node) { node.SetValue(value, true); });
+    const int written = WriteNode<IInteger>(name, [value](IInteger& node) { node.SetValue(value, true); });
+    if (refresh)
+        RefreshEmbeddedInfo();
+    return written;
 }
 
 int QCamera::SetFloatNodePropertyValue(const char* name, float value) {

@@ -297,6 +297,7 @@ TEST_F(Capture, AFolderThatCannotBeMade) {
     ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
     EXPECT_EQ(camera->SaveOneImage(), -27);
     EXPECT_TRUE(owner.Events().empty()) << "without a message";
+    EXPECT_EQ(camera->GetCounters().imageFailures, 1) << "but not without a trace";
 }
 
 TEST_F(Capture, AFailedFrameShowsItsMessageAndGoesToTheLog) {

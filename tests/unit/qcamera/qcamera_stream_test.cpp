@@ -315,4 +315,32 @@ TEST_F(Stream, EmbeddedInformationOnlyWhileSomebodyLooks) {
     }));
 }
 
+TEST_F(Stream, ASelectorThatChangesWhileItIsReadIsReadOnceMore) {
+    camera->SetOwner(&owner);
+    owner.embedded = true;
+    SetRegister(reg::FrameSpecInfoReg, 32);
+    Open();
+    std::atomic<bool> changed{false};
+    doubles.Port().OnAccess([&](bool write, int64_t address, int64_t) {
+        // As another thread whose write waits for the end of this reading.
+        if (!write && address == reg::FrameSpecInfoReg && !changed.exchange(true))
+            camera->RefreshEmbeddedInfo();
+    });
+    ASSERT_EQ(camera->OnStartGettingFrame(true), 0);
+    PushAndWait(Frame(1));
+    long selector = 0;
+    _EMBEDDED_IMAGE_INFO_ info{};
+    ASSERT_TRUE(doubles.WaitUntil([&] {
+        camera->GetEmbeddedImageInfo(selector, info);
+        return selector == 32;
+    }));
+    SetRegister(reg::FrameSpecInfoReg, 8);
+    PushAndWait(Frame(1));
+    EXPECT_TRUE(doubles.WaitUntil([&] {
+        camera->GetEmbeddedImageInfo(selector, info);
+        return selector == 8;
+    }));
+    doubles.Port().OnAccess({});
+}
+
 } // namespace
