@@ -70,6 +70,7 @@ protected:
         EXPECT_EQ(doubles.OpenHandles('m'), 0) << "a media handle was left";
         EXPECT_EQ(doubles.OpenHandles('v'), 0) << "a render handle was left";
         support::SetFreeMiB({});
+        support::FailAllocations({});
         QFrameBufManager::ReleaseInstance();
         QLocalCfg::ReleaseInstance();
         QLocalCfg::SetDirectory({});

@@ -130,6 +130,36 @@ TEST_F(Capture, TheEncodersStatusComesAsItIs) {
     EXPECT_FALSE(QFile::exists(Path("a.bmp")));
 }
 
+TEST_F(Capture, WithoutMemoryForTheEncoder) {
+    Hold();
+    support::FailAllocations(64 * 48 * 3 + 1024);
+    EXPECT_EQ(Snap(Path("a.bmp"), 0), -2);
+    EXPECT_FALSE(QFile::exists(Path("a.bmp")));
+    EXPECT_EQ(doubles.CountOf("OV_MP_SaveImage"), 0);
+    support::FailAllocations({});
+    EXPECT_EQ(Snap(Path("a.bmp"), 0), 0);
+}
+
+TEST_F(Capture, AJpegOfTheCameraIsSavedAsItCame) {
+    Hold();
+    SetRegister(reg::ImageCompressionMode, 1); // in the running stream: at its start it would be refused
+    camera->IsBayerFrame();
+    ASSERT_EQ(camera->GetPixelType(), OV_GVSP_JPEG);
+    PushAndWait(Frame(0x5D, 64, 48, 1234));
+    ASSERT_EQ(camera->SaveCurrentFrame(), 0);
+    const QByteArray jpeg(1234, 0x5D);
+    for (const int type : {0, 1}) {
+        EXPECT_EQ(Snap(Path("a.jpg"), type), 0) << type;
+        EXPECT_EQ(Content(Path("a.jpg")), jpeg) << "whatever type was asked for";
+    }
+    EXPECT_EQ(doubles.CountOf("OV_MP_SaveImage"), 0);
+    EXPECT_FALSE(camera->GetIsSaveImaged());
+    EXPECT_EQ(Snap(Path("no/such/a.jpg"), 1), -1);
+    EXPECT_EQ(camera->SnapRawData(Path("a.raw").toUtf8().constData()), 0);
+    EXPECT_EQ(Content(Path("a.raw")), jpeg);
+    EXPECT_TRUE(camera->GetIsSaveImaged());
+}
+
 TEST_F(Capture, PathsThatCannotBeWritten) {
     Hold();
     EXPECT_EQ(Snap(Path("no/such/a.bmp"), 0), -26);

@@ -351,6 +351,19 @@ TEST_F(Display, JpegDecoding) {
     EXPECT_EQ(camera->ParserJPG(in, 4, out), 0);
 }
 
+TEST_F(Display, ACameraThatCompressesInTheStreamIsDecoded) {
+    Show(0x02180014); // its buffers hold three bytes a pixel
+    SetRegister(reg::ImageCompressionMode, 1);
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetPixelType() == OV_GVSP_JPEG; }));
+    PushAndWait(Frame(0x5D, 64, 48, 1234));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return doubles.LastDecode().sourceLength == 1234; }));
+    EXPECT_EQ(doubles.LastDecode().destinationCapacity, 64u * 48u * 3u);
+    EXPECT_EQ(doubles.LastVrFormat(), 0x2000u);
+    const int drawn = doubles.CountOf("VR_UpdateFrameData");
+    EXPECT_TRUE(doubles.WaitForCount("VR_UpdateFrameData", drawn + 1));
+    EXPECT_EQ(doubles.CountOf("OV_MP_ConvertPixelType"), 0) << "the decoder's picture goes as it is";
+}
+
 TEST_F(Display, WhiteBalanceInModeOnceMeasuresAndSwitchesOff) {
     Show();
     std::vector<uint8_t> data(64 * 48);

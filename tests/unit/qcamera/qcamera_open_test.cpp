@@ -113,6 +113,14 @@ TEST_F(Opening, XmlThatNoNodeMapCanBeMadeOf) {
     EXPECT_EQ(camera->GetCameraState(), 0);
 }
 
+TEST_F(Opening, WithoutMemoryForTheXml) {
+    support::FailAllocations(0x300000);
+    EXPECT_EQ(camera->OpenCamera(), -4);
+    EXPECT_TRUE(doubles.Calls().empty());
+    support::FailAllocations({});
+    EXPECT_EQ(camera->OpenCamera(), 0);
+}
+
 TEST_F(Opening, NoTransportProxy) {
     doubles.SetTlProxy(false);
     EXPECT_EQ(camera->OpenCamera(), -11);

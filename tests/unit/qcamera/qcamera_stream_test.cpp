@@ -64,6 +64,60 @@ TEST_F(Stream, ARefusedStart) {
     PushAndWait(Frame(1));
 }
 
+// --- without memory
+// ---------------------------------------------------------------------------------------------------------
+
+TEST_F(Stream, WithoutItsBuffersTheStreamDoesNotStart) {
+    Open();
+    SetRegister(reg::PixelFormat, 0x01080009); // four bytes a pixel on the display
+    for (const size_t from : {size_t{64} * 48, size_t{64} * 48 * 4}) {
+        support::FailAllocations(from);
+        EXPECT_EQ(camera->OnStartGettingFrame(true), -2) << from;
+        EXPECT_EQ(camera->GetCameraState(), 1);
+    }
+    EXPECT_EQ(doubles.CountOf("OV_CC_StartGrabbing"), 0);
+    EXPECT_EQ(camera->SaveCurrentFrame(), -4);
+    support::FailAllocations({});
+    EXPECT_EQ(camera->OnStartGettingFrame(true), 0);
+    PushAndWait(Frame(1));
+}
+
+TEST_F(Stream, WithoutAQueueNothingIsGrabbed) {
+    Open();
+    support::FailAllocations(size_t{64} * 48, 2); // grab and display buffer come first
+    EXPECT_EQ(camera->OnStartGettingFrame(true), 0);
+    doubles.PushFrame(Frame(1));
+    camera->SetImgSave();
+    SleepEx(30);
+    EXPECT_EQ(camera->GetRecvFrameNum(), 0);
+    EXPECT_EQ(camera->StopGettingFrame(), 0);
+    support::FailAllocations({});
+    EXPECT_EQ(camera->OnStartGettingFrame(true), 0);
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetRecvFrameNum() == 1; }));
+}
+
+TEST_F(Stream, WithoutASaveBufferThePictureGoesOn) {
+    Open();
+    const int nodes = QLocalCfg::Instance()->GetImgSaveBufferSize();
+    support::FailAllocations(size_t{64} * 48, 2 + nodes); // grab and display buffer, the queue's nodes
+    EXPECT_EQ(camera->OnStartGettingFrame(true), 0);
+    camera->SetPlayWnd(0x77);
+    camera->SetImgSave();
+    for (int i = 0; i < nodes + 2; ++i)
+        PushAndWait(Frame(1));
+    ASSERT_TRUE(doubles.WaitForCount("VR_Display", 1));
+    EXPECT_EQ(camera->SaveCurrentFrame(), -4);
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->GetCounters().queued == nodes + 2; }));
+    EXPECT_EQ(camera->StopGettingFrame(), 0);
+    const _CAMERA_COUNTERS_ counters = camera->GetCounters();
+    EXPECT_EQ(counters.overwritten, 2);
+    EXPECT_EQ(counters.cleared, nodes);
+    support::FailAllocations({});
+    EXPECT_EQ(camera->OnStartGettingFrame(true), 0);
+    PushAndWait(Frame(1));
+    ASSERT_TRUE(doubles.WaitUntil([&] { return camera->SaveCurrentFrame() == 0; }));
+}
+
 TEST_F(Stream, FramesThatComeAtOnceAreCounted) {
     Open();
     for (int round = 0; round < 100; ++round) {
