@@ -1,10 +1,13 @@
 #include "device/GigeDevice.h"
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
 #include "device/AlignedSpan.h"
+#include "device/PacketProbe.h"
 #include "device/ReceiveBuffer.h"
 #include "device/RingStream.h"
 #include "device/Statuses.h"
@@ -19,6 +22,11 @@ namespace {
 
 constexpr std::uint32_t kTickFrequency = 0x093C; // high half, then low
 constexpr std::uint32_t kStreamChannelPort = 0x0D00;
+constexpr std::uint32_t kStreamChannelPacket = 0x0D04; // size in the low half, and:
+constexpr std::uint32_t kFireTestPacket = 0x8000'0000;
+constexpr std::uint32_t kDoNotFragment = 0x4000'0000;
+constexpr std::uint32_t kPacketSizeBits = 0xFFFF;
+constexpr gint64 kLargestPacket = 0xFFFF;
 constexpr std::uint32_t kStreamChannelAddress = 0x0D18;
 constexpr std::uint32_t kGvspConfiguration = 0x0960;     // of GigE Vision 2.0
 constexpr std::uint32_t kExtendedBlockIds = 0x4000'0000; // its bit: GVSP headers of 20 bytes
@@ -236,7 +244,47 @@ std::int32_t GigeDevice::packetSize() {
     return error ? 0 : static_cast<std::int32_t>(size);
 }
 
+std::uint32_t GigeDevice::largestThinkableSize() {
+    gint64 least = 0;
+    gint64 most = 0;
+    GErrorHolder error;
+    arv_device_get_integer_feature_bounds(arv(), "GevSCPSPacketSize", &least, &most, error.out());
+    GErrorHolder none; // without an increment it is 1
+    const gint64 step =
+        std::max<gint64>(arv_device_get_integer_feature_increment(arv(), "GevSCPSPacketSize", none.out()), 1);
+    const gint64 largest = std::min<gint64>({most, pathMtu(localIp_, ip_), kLargestPacket});
+    return error || least <= 0 || largest < least
+               ? 0
+               : static_cast<std::uint32_t>(largest - (largest - least) % step);
+}
+
+std::uint32_t GigeDevice::tryLargestSize() {
+    constexpr int kTries = 2; // a single packet may be lost for other reasons
+    constexpr std::chrono::milliseconds kPatience(20);
+    std::uint32_t before = 0;
+    const std::uint32_t size = largestThinkableSize();
+    PacketProbe probe(localIp_, ip_);
+    if (size == 0 || probe.port() == 0 || arv_device_get_feature(arv(), "GevSCPSFireTestPacket") == nullptr ||
+        readRegister(kStreamChannelPacket, before) != OV_STATUS_OK ||
+        writeRegister(kStreamChannelAddress, localIp_) != OV_STATUS_OK ||
+        writeRegister(kStreamChannelPort, probe.port()) != OV_STATUS_OK) {
+        return 0;
+    }
+    const std::uint32_t order = (before & ~kPacketSizeBits) | kDoNotFragment | kFireTestPacket | size;
+    bool came = false;
+    for (int i = 0; i < kTries && !came; ++i) {
+        came = writeRegister(kStreamChannelPacket, order) == OV_STATUS_OK && probe.arrives(size, kPatience);
+    }
+    writeRegister(kStreamChannelPacket, before & ~kFireTestPacket);
+    return came ? size : 0;
+}
+
 std::int32_t GigeDevice::optimalPacketSize() {
+    // Mostly the largest that host and camera can carry goes through: then there is nothing to search.
+    if (const std::uint32_t largest = tryLargestSize()) {
+        closeStreamChannel();
+        return static_cast<std::int32_t>(largest);
+    }
     const std::int32_t before = packetSize();
     GErrorHolder error;
     const guint best = arv_gv_device_auto_packet_size(gv(), error.out());

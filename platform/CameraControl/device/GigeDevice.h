@@ -38,6 +38,10 @@ private:
     using AravisBase::AravisBase;
 
     std::uint64_t ticksPerSecond();
+    // The size that neither camera nor this host's network can exceed; 0 when it isn't known.
+    std::uint32_t largestThinkableSize();
+    // That size, when a test packet of it arrives; else 0. Leaves the camera's packet size as it was.
+    std::uint32_t tryLargestSize();
     std::uint32_t takeExclusiveControl();
     std::uint32_t readRegister(std::uint64_t address, std::uint32_t& value);
     std::uint32_t writeRegister(std::uint64_t address, std::uint32_t value);
