@@ -15,6 +15,7 @@ constexpr int kHeight = 25;
 constexpr int kItemHeight = 20;
 constexpr int kSpacing = 10;
 constexpr int kButtonSide = 16;
+constexpr int kFontPixels = 11; // all thirteen items shall have room in a window of usual width
 
 QString IdleText(int item) {
     switch (item) {
@@ -58,8 +59,8 @@ QPrevStatusBar::QPrevStatusBar(std::function<bool(int)> isChecked, QWidget* pare
 bool QPrevStatusBar::InitWidget() {
     setObjectName("prevStatusBar");
     setFixedHeight(kHeight);
-    // All items together are wider than a small window: those at the right are cut off then, the window isn't
-    // forced.
+    // All items together can be wider than the window: then their captions are cut, and in a small window
+    // the items at the right as well. The window isn't forced.
     setMinimumWidth(1);
     QPalette colours = palette();
     colours.setColor(QPalette::Window, QColor(236, 244, 244));
@@ -77,8 +78,11 @@ bool QPrevStatusBar::InitWidget() {
     m_pBtnExpand->setAccessibleName(tr("Choose the items of the status bar"));
     connect(m_pBtnExpand, &QImageButton::SigButtonPressed, this, &QPrevStatusBar::SigItemSelectBtnPressed);
     m_pLayout->addWidget(m_pBtnExpand);
+    QFont small = font();
+    small.setPixelSize(kFontPixels);
     for (QStatusLabel*& item : m_items) {
         item = new QStatusLabel(this);
+        item->setFont(small);
         item->setFixedHeight(kItemHeight);
         m_pLayout->addWidget(item);
     }

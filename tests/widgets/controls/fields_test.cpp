@@ -249,7 +249,34 @@ TEST_F(Field, StatusItemsDontMoveWhileTheirFiguresChange) {
 }
 
 TEST_F(Field, StatusItemGivesWayWhereTheRowIsFull) {
-    QStatusLabel item("Resolution: 1920 * 1080");
-    EXPECT_GE(item.sizeHint().width(), Look::FigureWidth(item.fontMetrics(), item.text()));
-    EXPECT_LT(item.minimumSizeHint().width(), item.sizeHint().width() / 2);
+    for (const QString text : {"Resolution: 1920 * 1080", "分辨率：1920 * 1080"}) {
+        QStatusLabel item(text);
+        EXPECT_GE(item.sizeHint().width(), Look::FigureWidth(item.fontMetrics(), text));
+        item.resize(item.sizeHint());
+        EXPECT_EQ(item.GetShownText(), text);
+        // The caption gives way, the value stays.
+        for (int width = item.sizeHint().width(); width >= item.minimumSizeHint().width(); --width) {
+            item.resize(width, 20);
+            const QString shown = item.GetShownText();
+            EXPECT_TRUE(shown.endsWith("1920 * 1080")) << shown.toStdString();
+            EXPECT_EQ(shown[0], text[0]);
+            EXPECT_LE(Look::FigureWidth(item.fontMetrics(), shown), width);
+        }
+        EXPECT_LT(item.minimumSizeHint().width(), item.sizeHint().width());
+    }
+    QStatusLabel plain("Nothing to be told here");
+    EXPECT_LT(plain.minimumSizeHint().width(), plain.sizeHint().width() / 2);
+    plain.resize(plain.minimumSizeHint());
+    EXPECT_EQ(plain.GetShownText(), plain.text()) << "cut at its end when it is drawn";
+}
+
+TEST_F(Field, StatusItemTakesTheWidthOfANewLanguage) {
+    QStatusLabel item("AcquisitionRate:30.00fps");
+    const int wide = item.sizeHint().width();
+    QEvent language(QEvent::LanguageChange);
+    QCoreApplication::sendEvent(&item, &language);
+    item.setText("Rate:30.00fps");
+    EXPECT_LT(item.sizeHint().width(), wide);
+    item.setText("Rate:3.00fps");
+    EXPECT_EQ(item.sizeHint().width(), QStatusLabel("Rate:30.00fps").sizeHint().width()) << "as ever";
 }

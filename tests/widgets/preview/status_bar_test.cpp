@@ -1,10 +1,12 @@
 #include "Common/QLocalCfg.h"
+#include "UI/Controls/Look.h"
 #include "UI/Controls/QCheckBoxEx.h"
 #include "UI/Controls/QImageButton.h"
 #include "UI/Controls/QStatusLabel.h"
 #include "UI/MainWindow/QPrevStatusBar.h"
 #include "UI/MainWindow/QStatusItemSelectWidget.h"
 
+#include <QApplication>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -221,6 +223,41 @@ TEST_F(StatusItems, TheButtonTellsItsPress) {
     QSignalSpy sub(m_bar.get(), &QPrevStatusBar::SigSubViewBtnPressed);
     m_bar->OnBtnSubView();
     EXPECT_EQ(sub.count(), 1);
+}
+
+// All items, in a window of usual size with the docks at the left: no value is cut.
+TEST_F(StatusItems, AllValuesAreSeenInAWindowOfUsualSize) {
+    static const bool look = (Look::Apply(*qApp), true); // the widths are those of its face
+    Q_UNUSED(look)
+    Look::Apply(*qApp);
+    Build(0x1FFF);
+    m_bar->UpdateStatsBar(true);
+    m_bar->SetLineCamera(false);
+    const std::pair<int, QString> texts[] = {
+        {kStatusAcquisitionRate, "AcquisitionRate:30.00fps"},
+        {kStatusImageNumber, "Image:2517"},
+        {kStatusBandwidth, "BW:997.1Mbps"},
+        {kStatusResolution, "Resolution: 1920 * 1080"},
+        {kStatusErrors, "Error: 0"},
+        {kStatusPacketsLost, "LostPacket: 0"},
+        {kStatusDisplayRate, "DisplayRate:30.00fps"},
+        {kStatusLocation, "Locate: 909, 531"},
+        {kStatusRgb, "RGB: 20 180 235"},
+        {kStatusYuv, "YUV: 120 90 235"},
+        {kStatusZoom, "Zoom: 100%"},
+        {kStatusTemperature, "Temperature: 41.5"},
+    };
+    for (const auto& [item, text] : texts)
+        m_bar->Item(item)->setText(text);
+    m_bar->resize(1303 - 272, 25);
+    m_bar->show();
+    QCoreApplication::processEvents();
+    for (const auto& [number, text] : texts) {
+        const QStatusLabel& item = *m_bar->Item(number);
+        EXPECT_TRUE(item.GetShownText().endsWith(text.mid(text.indexOf(':')))) << text.toStdString();
+        EXPECT_LE(item.geometry().right(), m_bar->width());
+        EXPECT_GE(item.width(), item.minimumSizeHint().width()) << text.toStdString();
+    }
 }
 
 TEST_F(StatusItems, HeightsAsInTheDrawing) {
