@@ -1,3 +1,7 @@
+# For "support/Places.h", also of the benchmarks.
+set(KOLT_PLACES_DIR "${PROJECT_BINARY_DIR}/places")
+configure_file("${PROJECT_SOURCE_DIR}/tests/support/Places.h.in" "${KOLT_PLACES_DIR}/support/Places.h" @ONLY)
+
 # kolt_add_test(<target> SOURCES <src>... [LIBS <lib>...] [LABEL <label>] [TIMEOUT <seconds>] [FIXTURE <name>] [SERIAL] [XVFB])
 #
 # One GoogleTest program; each of its tests becomes a ctest entry. XVFB runs it under its own virtual display.
@@ -12,10 +16,9 @@ function(kolt_add_test target)
   endif()
   add_executable(${target} ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE kolt_options_base ${ARG_LIBS} GTest::gmock GTest::gtest GTest::gtest_main)
-  target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
-  target_compile_definitions(${target} PRIVATE
-    KOLT_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
-    KOLT_BIN_DIR="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+  # The checks themselves are run once and compiled often: unoptimised they take 40 % less time to build.
+  target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O0>)
+  target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${KOLT_PLACES_DIR}")
   set(properties TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABEL}${ARG_LABELS}"
       ENVIRONMENT "KOLT_TEST_OUT=${CMAKE_BINARY_DIR}/test-out")
   if(ARG_SERIAL)

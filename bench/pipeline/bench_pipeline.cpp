@@ -11,6 +11,7 @@
 
 #include "support/ChildProcess.h"
 #include "support/LoopbackAddress.h"
+#include "support/Places.h"
 
 #include <QCoreApplication>
 #include <algorithm>

@@ -1,4 +1,5 @@
 #include "Site.h"
+#include "support/Places.h"
 
 #include <algorithm>
 #include <chrono>

@@ -4,6 +4,7 @@
 // as a peer.
 #include "Site.h"
 #include "WindowClient.h"
+#include "support/Places.h"
 
 #include <chrono>
 #include <csignal>

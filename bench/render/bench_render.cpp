@@ -6,6 +6,7 @@
  * bench_render [FRAMES]: on $DISPLAY, or on a virtual display of its own.
  */
 #include "Camera/Boundary/OVRender.h"
+#include "support/Places.h"
 
 #include <xcb/xcb.h>
 

@@ -7,6 +7,7 @@
 #include "UI/MainWindow/QOrvMainWindow.h"
 #include "UI/MainWindow/QOrvToolBar.h"
 #include "support/ChildProcess.h"
+#include "support/Places.h"
 
 #include <QDir>
 #include <QPushButton>

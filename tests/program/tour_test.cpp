@@ -1,5 +1,6 @@
 // scripts/tour, from its set-up on: with the programs of this build, without a display.
 #include "support/ChildProcess.h"
+#include "support/Places.h"
 
 #include <chrono>
 #include <cstdlib>

@@ -6,6 +6,7 @@
 #include "UI/MainWindow/QDevListWidget.h"
 #include "UI/MainWindow/QOrvCentralWindow.h"
 #include "support/ChildProcess.h"
+#include "support/Places.h"
 
 #include <QAction>
 #include <QDir>

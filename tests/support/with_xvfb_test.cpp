@@ -1,6 +1,7 @@
 // scripts/with-xvfb: displays of their own, also beside servers in other network namespaces.
 #include "support/ChildProcess.h"
 #include "support/NetworkNamespace.h"
+#include "support/Places.h"
 
 #include <gmock/gmock.h>
 

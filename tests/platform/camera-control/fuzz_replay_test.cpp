@@ -8,6 +8,7 @@
 
 #include "camera-control/FuzzFind.h"
 #include "camera-control/FuzzGvsp.h"
+#include "support/Places.h"
 
 namespace {
 

@@ -18,6 +18,7 @@
 #include "GenApi/GenApi.h"
 #include "support/MemoryPort.h"
 #include "support/NodeMapWalk.h"
+#include "support/Places.h"
 
 namespace {
 

@@ -10,6 +10,7 @@
 
 #include "genapi/FuzzFormula.h"
 #include "genapi/FuzzXml.h"
+#include "support/Places.h"
 
 namespace {
 

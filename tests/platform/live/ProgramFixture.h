@@ -9,6 +9,7 @@
 
 #include "support/ChildProcess.h"
 #include "support/NetworkNamespace.h"
+#include "support/Places.h"
 
 #include <gmock/gmock.h>
 

@@ -2,6 +2,7 @@
 #include "ProgramFixture.h"
 
 #include "CameraRecord.h"
+#include "support/Places.h"
 
 #include <csignal>
 #include <regex>

@@ -6,6 +6,7 @@
 
 #include "support/ChildProcess.h"
 #include "support/NetworkNamespace.h"
+#include "support/Places.h"
 
 #include <gmock/gmock.h>
 

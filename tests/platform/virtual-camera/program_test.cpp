@@ -4,6 +4,7 @@
 #include "raw_client.h"
 #include "support/ChildProcess.h"
 #include "support/LoopbackAddress.h"
+#include "support/Places.h"
 
 #include <csignal>
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 // The camera's answers without sockets, in time that the test makes; and what the fuzzer found or began with.
 #include "Device/FeatureRegisters.h"
 #include "Network/GvcpResponder.h"
+#include "support/Places.h"
 #include "virtual-camera/FuzzCommands.h"
 
 #include <filesystem>

@@ -1,4 +1,5 @@
 #include "Common/CLanguageSwitch.h"
+#include "support/Places.h"
 
 #include <QCoreApplication>
 #include <QEvent>

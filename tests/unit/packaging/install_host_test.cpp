@@ -3,6 +3,7 @@
 // reach).
 
 #include "support/ChildProcess.h"
+#include "support/Places.h"
 
 #include <gmock/gmock.h>
 

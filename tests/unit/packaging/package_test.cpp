@@ -3,6 +3,7 @@
 #include "InstalledRoot.h"
 
 #include "support/ChildProcess.h"
+#include "support/Places.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,6 @@
 // What stands beside the programs: the entry of the desktop's menu, the manual pages, the icon.
 #include "support/ChildProcess.h"
+#include "support/Places.h"
 
 #include <gmock/gmock.h>
 

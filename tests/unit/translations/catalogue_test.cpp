@@ -2,6 +2,7 @@
 // program.
 #include "Catalogue.h"
 #include "support/ChildProcess.h"
+#include "support/Places.h"
 
 #include <QFile>
 #include <QTemporaryDir>

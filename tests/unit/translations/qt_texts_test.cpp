@@ -1,5 +1,6 @@
 // Qt's own dialogs and menus show no English text when the program is Chinese.
 #include "Common/CLanguageSwitch.h"
+#include "support/Places.h"
 
 #include <QAction>
 #include <QDialogButtonBox>

@@ -1,6 +1,7 @@
 // The gallery photographs every page at the three scales; no text is clipped in either language.
 
 #include "support/ChildProcess.h"
+#include "support/Places.h"
 
 #include <QDir>
 #include <QImage>

@@ -1,6 +1,7 @@
 // The pictures that are kept are those that the drawings and the tokens give.
 
 #include "support/ChildProcess.h"
+#include "support/Places.h"
 
 #include <QDir>
 #include <QDirIterator>

@@ -1,6 +1,7 @@
 // The log in both languages: texts, fit, and pictures to look at.
 #include "Common/CLanguageSwitch.h"
 #include "LogFixture.h"
+#include "support/Places.h"
 #include "support/TextFit.h"
 
 #include <QAction>

@@ -5,6 +5,7 @@
 #include "UI/Controls/QMessageBoxDlg.h"
 #include "UI/Controls/QTitleBar.h"
 #include "UI/MainWindow/QOrvToolBar.h"
+#include "support/Places.h"
 #include "support/TextFit.h"
 
 #include <QApplication>

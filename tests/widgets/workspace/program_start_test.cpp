@@ -6,6 +6,7 @@
 #include "platform/live/Desktop.h"
 #include "support/ChildProcess.h"
 #include "support/NetworkNamespace.h"
+#include "support/Places.h"
 
 #include <QDir>
 #include <QFile>

@@ -4,6 +4,7 @@
 #include "UI/Controls/Look.h"
 #include "UI/Controls/QImageButton.h"
 #include "WorkspaceFixture.h"
+#include "support/Places.h"
 #include "support/TextFit.h"
 
 #include <QImage>

@@ -6,6 +6,7 @@
 
 #include "CameraRig.h"
 #include "support/ChildProcess.h"
+#include "support/Places.h"
 
 namespace kolt::test {
 namespace {
