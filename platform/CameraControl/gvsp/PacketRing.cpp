@@ -11,8 +11,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "find/GvcpCodec.h"
-
 namespace kolt::cc {
 
 namespace {
@@ -20,14 +18,6 @@ namespace {
 // Milliseconds after which the kernel gives a block away that isn't full, which is how long a frame's last
 // packets may wait. Each block wakes the reader, and a wake-up costs as much as sorting hundreds of packets.
 constexpr unsigned kBlockPatience = 5;
-
-// While a block is read, more than it can hold: datagrams of it may be released meanwhile.
-constexpr std::uint32_t kReading = std::uint32_t{1} << 30;
-// The block is the kernel's.
-constexpr std::uint32_t kFree = ~std::uint32_t{0};
-
-constexpr std::size_t kIpHeader = 20;
-constexpr std::size_t kUdpHeader = 8;
 
 // The filter sees packets from their IP header on. Fragments are no whole datagrams and left out.
 bool attachFilter(int fd, const PacketFlow& flow) {
@@ -48,10 +38,6 @@ bool attachFilter(int fd, const PacketFlow& flow) {
     }};
     const sock_fprog program{static_cast<unsigned short>(code.size()), code.data()};
     return setsockopt(fd, SOL_SOCKET, SO_ATTACH_FILTER, &program, sizeof program) == 0;
-}
-
-tpacket_block_desc* descriptorOf(std::uint8_t* block) {
-    return reinterpret_cast<tpacket_block_desc*>(block);
 }
 
 } // namespace
@@ -97,11 +83,7 @@ bool PacketRing::map(std::uint32_t wanted) {
             return false;
         }
         memory_ = static_cast<std::uint8_t*>(mapped);
-        blocks_ = count;
-        kept_ = std::vector<std::atomic<std::uint32_t>>(count);
-        for (auto& kept : kept_) {
-            kept.store(kFree, std::memory_order_relaxed);
-        }
+        blocks_.emplace(memory_, blockBytes_, count);
         return true;
     }
     return false;
@@ -109,69 +91,9 @@ bool PacketRing::map(std::uint32_t wanted) {
 
 PacketRing::~PacketRing() {
     if (memory_ != nullptr) {
-        munmap(memory_, blockBytes_ * blocks_);
+        munmap(memory_, blockBytes_ * blocks_->count());
     }
     close(fd_);
-}
-
-std::uint32_t PacketRing::beginBlock() {
-    tpacket_hdr_v1& header = descriptorOf(block(next_))->hdr.bh1;
-    // A block that is still held looks filled as well: the circle is full then.
-    if (kept_[next_].load(std::memory_order_acquire) != kFree ||
-        (__atomic_load_n(&header.block_status, __ATOMIC_ACQUIRE) & TP_STATUS_USER) == 0) {
-        return kNoBlock;
-    }
-    kept_[next_].store(kReading, std::memory_order_relaxed);
-    held_.fetch_add(1, std::memory_order_relaxed);
-    at_ = header.offset_to_first_pkt;
-    following_ = header.num_pkts;
-    return header.num_pkts;
-}
-
-// The length that the kernel tells is believed; those in the packet's own headers are not.
-bool PacketRing::nextDatagram(Datagram& datagram) {
-    const std::uint8_t* const packet = block(next_) + at_;
-    const auto* const header = reinterpret_cast<const tpacket3_hdr*>(packet);
-    const std::uint32_t step = header->tp_next_offset;
-    // Another processor has just written these lines. Packets of a frame are alike, so the next but one is
-    // likely to lie two steps on; a wrong guess costs nothing but the asking.
-    for (std::size_t line = 0; line < 3; ++line) {
-        __builtin_prefetch(packet + std::size_t{3} * step + 64 * line);
-    }
-    const std::uint8_t* const ip = packet + header->tp_net;
-    const std::size_t captured = header->tp_snaplen;
-    const std::size_t ipHeader = captured >= kIpHeader ? std::size_t{ip[0] & 0x0Fu} * 4 : kIpHeader;
-    datagram.payload = nullptr;
-    if (captured >= ipHeader + kUdpHeader && ipHeader >= kIpHeader) {
-        const std::size_t udp = load16(ip + ipHeader + 4); // the UDP length: a short frame is padded
-        if (udp >= kUdpHeader && ipHeader + udp <= captured) {
-            datagram.payload = ip + ipHeader + kUdpHeader;
-            datagram.length = udp - kUdpHeader;
-        }
-    }
-    at_ += step;
-    return true;
-}
-
-void PacketRing::endBlock(std::uint32_t kept) {
-    const std::uint32_t index = next_;
-    next_ = next_ + 1 == blocks_ ? 0 : next_ + 1;
-    if (kept_[index].fetch_add(kept - kReading, std::memory_order_acq_rel) + (kept - kReading) == 0) {
-        giveBack(index);
-    }
-}
-
-void PacketRing::release(std::uint16_t index, std::uint32_t count) {
-    if (kept_[index].fetch_sub(count, std::memory_order_acq_rel) == count) {
-        giveBack(index);
-    }
-}
-
-void PacketRing::giveBack(std::uint32_t index) {
-    held_.fetch_sub(1, std::memory_order_relaxed);
-    __atomic_store_n(&descriptorOf(block(index))->hdr.bh1.block_status, std::uint32_t{TP_STATUS_KERNEL},
-                     __ATOMIC_RELEASE);
-    kept_[index].store(kFree, std::memory_order_release); // the last step: until then it looks filled
 }
 
 } // namespace kolt::cc
