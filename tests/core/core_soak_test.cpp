@@ -188,6 +188,7 @@ TEST_F(Soak, EveryFrameIsAccountedForAndMemoryStaysFlat) {
     ASSERT_NO_FATAL_FAILURE(Connect());
     camera->SetPlayWnd(window.Id());
     double warm = 0, last = 0;
+    auto minute = std::chrono::minutes(1);
     while (std::chrono::steady_clock::now() - start < length || total.rounds < 3) {
         ASSERT_EQ(camera->OnStartGettingFrame(true), 0);
         ASSERT_TRUE(WaitForDrawn(2));
@@ -202,6 +203,12 @@ TEST_F(Soak, EveryFrameIsAccountedForAndMemoryStaysFlat) {
         last = support::ResidentMiB();
         if (total.rounds == 2)
             warm = last;
+        if (std::chrono::steady_clock::now() - start >= minute) {
+            std::printf("%lld min: %d rounds, %.1f MiB\n", static_cast<long long>(minute.count()),
+                        total.rounds, last);
+            std::fflush(stdout);
+            ++minute;
+        }
     }
 #ifndef KOLT_SANITIZED // a sanitizer keeps freed memory for a while, to see who still uses it
     EXPECT_LE(last, warm + kGrowthMiB) << "memory grows";
