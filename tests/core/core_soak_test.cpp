@@ -1,5 +1,6 @@
 // Everything at once for a long time: a stream at the full rate of its link with recordings, snapshots,
-// series, starts, stops and new connections. Ten minutes with KOLT_SOAK=1, a few seconds otherwise.
+// series, starts, stops and new connections. Ten minutes with KOLT_SOAK=1 (KOLT_SOAK_SECONDS asks for another
+// length), a few seconds otherwise.
 #include "core/CoreFixture.h"
 
 #include "Common/QLocalCfg.h"
@@ -20,6 +21,11 @@ constexpr int64_t kRecordedAtLeast = 100;
 constexpr int kPicturesOfSeries = 10;
 constexpr auto kBetweenProbes = std::chrono::milliseconds(250);
 constexpr double kGrowthMiB = 16;
+
+std::chrono::seconds Length() {
+    const char* wanted = std::getenv("KOLT_SOAK_SECONDS");
+    return std::chrono::seconds(wanted ? std::atoi(wanted) : Rounds(6, 600));
+}
 
 struct Total {
     int rounds = 0;
@@ -182,7 +188,7 @@ protected:
 };
 
 TEST_F(Soak, EveryFrameIsAccountedForAndMemoryStaysFlat) {
-    const auto length = std::chrono::seconds(Rounds(6, 600));
+    const auto length = Length();
     const auto start = std::chrono::steady_clock::now();
     const Window window(640, 360);
     ASSERT_NO_FATAL_FAILURE(Connect());
