@@ -1,11 +1,13 @@
 // What the save thread makes of each frame of a picture series (names, folder, encoding, file) beside the
-// encoder alone, on the same frame, in one run.
+// encoder alone, the files alone (as many bytes by plain writes), and one long file that is on the disk in
+// the end, all of the same frame, in one run.
 //
 // bench_series [FOLDER]: writes pictures below FOLDER (the present one without) and removes them again.
 #include "Camera/PixelFormat.h"
 #include "Camera/QCamera.h"
 #include "Common/QLocalCfg.h"
 #include "Common/SleepEx.h"
+#include "StraightWriter.h"
 #include "VirtualCamera.h"
 #include "support/LoopbackAddress.h"
 
@@ -16,6 +18,10 @@
 #include <arpa/inet.h>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -63,6 +69,15 @@ public:
         if (OV_MP_SaveImage(m_handle, &m_record) != OV_STATUS_OK)
             std::printf("the encoder refuses\n");
     }
+    size_t Length() const { return m_record.outputLength; }
+    void WriteFile(const std::string& path) const {
+        const int file = open(path.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0644);
+        if (file < 0 || write(file, m_output.data(), Length()) != static_cast<ssize_t>(Length())) {
+            std::perror(path.c_str());
+            std::exit(1);
+        }
+        close(file);
+    }
 
 private:
     void* m_handle = OV_MP_CreateHandle();
@@ -86,6 +101,43 @@ bool Hold(QCamera& camera, const vcam::Config& config) {
     return camera.SnapPicture(first.constData(), 0) == 0 && camera.StopGettingFrame() == 0;
 }
 
+struct Rates {
+    std::vector<double> series, encoder, files, disk; // pictures a second
+    double cpuMs = 0;                                 // of a picture of the last series
+    size_t length = 0;
+};
+
+// Each round begins with nothing on its way to the disk.
+void Empty(const QString& folder) {
+    QDir(folder).removeRecursively();
+    QDir().mkpath(folder);
+    RemoveAndSettle((folder + "/none").toStdString());
+}
+
+Rates Measure(QCamera& camera, int type) {
+    const QString pictures = QLocalCfg::Instance()->GetDataOutputFolder() + "/series";
+    Rates rates;
+    Encoder alone(camera);
+    for (int round = 0; round < kRounds; ++round) {
+        rates.encoder.push_back(PerSecond([&] { alone.Encode(type); }));
+        Empty(pictures);
+        const double cpu = ProcessCpuSeconds();
+        rates.series.push_back(PerSecond([&] { camera.SaveImages(); }));
+        rates.cpuMs = (ProcessCpuSeconds() - cpu) * 1e3 / kPictures;
+        Empty(pictures);
+        int number = 0;
+        rates.files.push_back(
+            PerSecond([&] { alone.WriteFile((pictures + "/" + QString::number(++number)).toStdString()); }));
+        Empty(pictures);
+        rates.length = alone.Length();
+        const WriteResult written =
+            WriteOneBuffer((pictures + "/one").toStdString(), WriteMethod::Plain, rates.length, kPictures);
+        rates.disk.push_back(written.megabytesPerSecond * 1e6 / static_cast<double>(rates.length));
+    }
+    Empty(pictures);
+    return rates;
+}
+
 void Row(const char* format, uint32_t code, int type) {
     vcam::Config config;
     config.address = kolt::test::LoopbackAddress(0);
@@ -102,19 +154,15 @@ void Row(const char* format, uint32_t code, int type) {
         return;
     }
     QLocalCfg::Instance()->SetImgSaveFormat(type);
-    std::vector<double> encoder, series;
-    {
-        Encoder alone(*camera);
-        for (int round = 0; round < kRounds; ++round) {
-            encoder.push_back(PerSecond([&] { alone.Encode(type); }));
-            series.push_back(PerSecond([&] { camera->SaveImages(); }));
-        }
-    }
-    std::printf("%-10s %-5s %12.1f %12.1f %8.2f %10lld\n", format, type == 0 ? "BMP" : "JPEG", Median(series),
-                Median(encoder), Median(series) / Median(encoder),
+    const Rates rates = Measure(*camera, type);
+    const double series = Median(rates.series), encoder = Median(rates.encoder), files = Median(rates.files);
+    // One after the other, as the save thread does it.
+    const double bound = 1 / (1 / encoder + 1 / files);
+    std::printf("%-10s %-5s %8.1f %10.1f %10.1f %10.1f %10.1f %9.2f %9.2f %9lld\n", format,
+                type == 0 ? "BMP" : "JPEG", static_cast<double>(rates.length) / 1e6, series, encoder, files,
+                Median(rates.disk), series / bound, rates.cpuMs,
                 static_cast<long long>(camera->GetCounters().imageFailures));
     camera->ReleaseRef();
-    QDir(QLocalCfg::Instance()->GetDataOutputFolder() + "/series").removeRecursively();
 }
 
 } // namespace
@@ -128,8 +176,8 @@ int main(int argc, char** argv) {
     cfg->SetImgSaveFileNameIndexType(1);
     cfg->SetImgQuality(kQuality);
     std::printf("%d x %d, %d pictures a round, median of %d\n", kWidth, kHeight, kPictures, kRounds);
-    std::printf("%-10s %-5s %12s %12s %8s %10s\n", "format", "", "series/s", "encoder/s", "ratio",
-                "failures");
+    std::printf("%-10s %-5s %8s %10s %10s %10s %10s %9s %9s %9s\n", "format", "", "MB", "series/s",
+                "encoder/s", "files/s", "disk/s", "of bound", "CPU ms", "failures");
     for (const int type : {0, 1}) {
         Row("Mono8", 0x01080001, type);
         Row("BayerRG8", 0x01080009, type);
