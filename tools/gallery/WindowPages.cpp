@@ -1,5 +1,6 @@
 #include "Pages.h"
 
+#include "UI/Controls/CFileDialog.h"
 #include "UI/Controls/Look.h"
 #include "UI/Controls/QAboutDlg.h"
 #include "UI/Controls/QComboBoxEx.h"
@@ -18,11 +19,14 @@
 #include "UI/Controls/QTreeWidgetEx.h"
 #include "UI/Controls/SystemKind.h"
 
+#include <QDir>
+#include <QFile>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMainWindow>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QToolBar>
 #include <QVBoxLayout>
 
@@ -196,6 +200,28 @@ static QWidget* MakeMain(bool ubuntu) {
     return window;
 }
 
+// A folder with pictures to choose from, there until the gallery ends.
+static QString PictureFolder() {
+    static const QTemporaryDir folder;
+    for (const char* name : {"Line 1 top", "Line 3 east"})
+        QDir(folder.path()).mkpath(name);
+    for (const char* name : {"20261121101530042.bmp", "20261121101544871.bmp", "reference.bmp"}) {
+        QFile file(folder.filePath(name));
+        if (file.open(QIODevice::WriteOnly))
+            file.resize(6220854);
+    }
+    return folder.path();
+}
+
+static QWidget* MakeFileDialog(QFileDialog::AcceptMode accept, QFileDialog::FileMode mode,
+                               const QString& title, const QString& name) {
+    auto* dialog = new CFileDialog(nullptr, title, PictureFolder(), "Images (*.bmp);;RawData (*.raw)");
+    dialog->setAcceptMode(accept);
+    dialog->setFileMode(mode);
+    dialog->selectFile(name);
+    return dialog;
+}
+
 std::vector<Page> WindowPages() {
     return {
         {"message-information", "",
@@ -215,6 +241,21 @@ std::vector<Page> WindowPages() {
         {"hint-adjust", "", MakeHint},
         {"notice-saved", "", MakeSaved},
         {"about", "", [] { return new QAboutDlg; }},
+        {"file-save", "",
+         [] {
+             return MakeFileDialog(QFileDialog::AcceptSave, QFileDialog::AnyFile, "Save Image",
+                                   "20261122101530042.bmp");
+         }},
+        {"file-open", "",
+         [] {
+             return MakeFileDialog(QFileDialog::AcceptOpen, QFileDialog::ExistingFile, "Load Attribute",
+                                   "reference.bmp");
+         }},
+        {"file-folder", "",
+         [] {
+             return MakeFileDialog(QFileDialog::AcceptOpen, QFileDialog::Directory, "Open Directory",
+                                   "Line 3 east");
+         }},
         {"main-window", "", [] { return MakeMain(false); }},
         {"main-window-ubuntu", "", [] { return MakeMain(true); }},
     };

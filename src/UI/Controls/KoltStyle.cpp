@@ -39,6 +39,7 @@ int CKoltStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWid
                           QStyleHintReturn* data) const {
     switch (hint) {
     case SH_ComboBox_Popup:
+    case SH_DialogButtonBox_ButtonsHaveIcons:
         return 0;
     case SH_ToolTip_WakeUpDelay:
         return 500;

@@ -1,23 +1,21 @@
 #include "UI/Controls/QDialogEx.h"
 
+#include "UI/Controls/CDialogTitle.h"
 #include "UI/Controls/CFrameGrips.h"
 #include "UI/Controls/LookTokens.h"
 #include "UI/Controls/QImageButton.h"
 #include "UI/Controls/QPushButtonEx.h"
 #include "UI/Controls/QPushButtonExColor.h"
-#include "UI/Controls/QStaticLabel.h"
 #include "UI/Controls/SystemKind.h"
-#include "UI/Controls/WindowMove.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QStyle>
 #include <QVBoxLayout>
 #include <new>
 
 QDialogEx::QDialogEx(int nTitleStyle, QWidget* parent)
-    : QDialog(parent), m_nTitleStyle(nTitleStyle), m_bUbuntu(IsUbuntuSystem()) {
+    : QDialog(parent), m_nTitleStyle(nTitleStyle), m_bUbuntu(IsUbuntuSystem()), m_drag(*this) {
     if (!QDialogEx::InitWidget())
         throw std::bad_alloc();
 }
@@ -36,19 +34,8 @@ bool QDialogEx::InitWidget() {
 }
 
 bool QDialogEx::CreateCtrl() {
-    m_pTitle = new QWidget(this);
-    m_pTitle->setObjectName(m_nTitleStyle == kTitleNotice ? "dialogNotice" : "dialogTitle");
-    m_pTitle->setAttribute(Qt::WA_StyledBackground);
-    m_pTitle->setFixedHeight(Look::dialogTitleHeight);
-    m_pTitleLabel = new QStaticLabel(m_pTitle);
-    m_pTitleLabel->setObjectName("dialogTitleText");
-    m_pTitleLabel->setTextFormat(Qt::PlainText);
-    m_pBtnClose = new QImageButton(m_pTitle);
-    m_pBtnClose->setObjectName("dialogClose");
-    m_pBtnClose->SetBtnImageSet(":/ORV/Resources/dialog/close");
-    m_pBtnClose->setFixedSize(32, Look::dialogTitleHeight - 4);
-    m_pBtnClose->setFocusPolicy(Qt::NoFocus);
-
+    m_pTitle =
+        new CDialogTitle(m_nTitleStyle == kTitleNotice ? "dialogNotice" : "dialogTitle", m_bUbuntu, this);
     m_pContent = new QWidget(this);
     m_pContent->setObjectName("dialogContent");
     m_pBottom = new QWidget(this);
@@ -61,22 +48,10 @@ bool QDialogEx::CreateCtrl() {
     RefreshButtons();
     m_pGrips = new CFrameGrips(this);
     m_pGrips->SetEnabled(false);
-    ShowTitleActive(true);
     return true;
 }
 
 bool QDialogEx::CreateLayout() {
-    auto* title = new QHBoxLayout(m_pTitle);
-    title->setSpacing(8);
-    if (m_bUbuntu) {
-        title->setContentsMargins(2, 0, 12, 0);
-        title->addWidget(m_pBtnClose);
-        title->addWidget(m_pTitleLabel, 1);
-    } else {
-        title->setContentsMargins(16, 0, 2, 0);
-        title->addWidget(m_pTitleLabel, 1);
-        title->addWidget(m_pBtnClose);
-    }
     m_pBtnLayout = new QHBoxLayout(m_pBottom);
     m_pBtnLayout->setContentsMargins(16, 8, 16, 12);
     m_pBtnLayout->setSpacing(8);
@@ -94,14 +69,19 @@ bool QDialogEx::CreateLayout() {
 }
 
 bool QDialogEx::ConnectSlot() {
-    return connect(m_pBtnClose, &QPushButton::clicked, this, &QDialogEx::OnClickedClose) &&
-           connect(m_pBtnClose, &QImageButton::SigButtonPressed, this, &QDialogEx::OnPressedClose) &&
+    QImageButton* const close = m_pTitle->CloseButton();
+    return connect(close, &QPushButton::clicked, this, &QDialogEx::OnClickedClose) &&
+           connect(close, &QImageButton::SigButtonPressed, this, &QDialogEx::OnPressedClose) &&
            connect(m_pBtnCancel, &QPushButton::clicked, this, &QDialogEx::OnBtnCancel);
 }
 
 void QDialogEx::SetTitleText(const QString& strTitle) {
     setWindowTitle(strTitle);
-    m_pTitleLabel->setText(strTitle);
+    m_pTitle->SetText(strTitle);
+}
+
+QWidget* QDialogEx::GetTitleWidget() const {
+    return m_pTitle;
 }
 
 void QDialogEx::SetLayoutEx(QLayout* pLayout) {
@@ -112,7 +92,7 @@ void QDialogEx::SetLayoutEx(QLayout* pLayout) {
 void QDialogEx::SetMoveable(bool bMoveable) {
     m_bMoveable = bMoveable;
     if (!bMoveable)
-        m_bDragging = false;
+        m_drag.Stop();
 }
 
 void QDialogEx::SetResizable(bool bResizable) {
@@ -135,7 +115,7 @@ void QDialogEx::OnClickedClose() {
 
 void QDialogEx::OnPressedClose(int /*iButtonIndex*/) {
     // A press that slips off the button must not drag the dialog.
-    m_bDragging = false;
+    m_drag.Stop();
 }
 
 void QDialogEx::OnBtnCancel() {
@@ -149,29 +129,20 @@ void QDialogEx::keyPressEvent(QKeyEvent* event) {
 }
 
 void QDialogEx::mousePressEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton && m_bMoveable && m_pTitle->geometry().contains(event->pos())) {
-        m_bDragging = true;
-        m_ptPress = event->globalPos();
-        m_ptWindow = pos();
-    }
+    if (event->button() == Qt::LeftButton && m_bMoveable && m_pTitle->geometry().contains(event->pos()))
+        m_drag.Start(*event);
     QDialog::mousePressEvent(event);
 }
 
 void QDialogEx::mouseMoveEvent(QMouseEvent* event) {
-    if (m_bDragging && !isMaximized()) {
-        if (MoveBySystem(*this)) {
-            m_bDragging = false;
-        } else {
-            move(m_ptWindow + event->globalPos() - m_ptPress);
-            Q_EMIT SigMoveDialog(pos());
-        }
-    }
+    if (m_drag.Follow(*event))
+        Q_EMIT SigMoveDialog(pos());
     QDialog::mouseMoveEvent(event);
 }
 
 void QDialogEx::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton)
-        m_bDragging = false;
+        m_drag.Stop();
     QDialog::mouseReleaseEvent(event);
 }
 
@@ -194,16 +165,7 @@ void QDialogEx::SetDeactivateDilog() {
 }
 
 void QDialogEx::ShowTitleActive(bool bActive) {
-    if (m_pTitle->property("active") == bActive)
-        return;
-    m_pTitle->setProperty("active", bActive);
-    const QString set = ":/ORV/Resources/dialog/close";
-    m_pBtnClose->SetBtnImage(set + (bActive ? ".png" : "_dis.png"), set + "_hov.png", set + "_sel.png",
-                             set + "_dis.png");
-    for (QWidget* widget : {m_pTitle, static_cast<QWidget*>(m_pTitleLabel)}) {
-        widget->style()->unpolish(widget);
-        widget->style()->polish(widget);
-    }
+    m_pTitle->ShowActive(bActive);
 }
 
 void QDialogEx::paintEvent(QPaintEvent*) {
@@ -215,7 +177,7 @@ void QDialogEx::paintEvent(QPaintEvent*) {
 
 // Buttons that were given another text keep it.
 void QDialogEx::RefreshButtons() {
-    m_pBtnClose->setAccessibleName(tr("Close"));
+    m_pTitle->CloseButton()->setAccessibleName(tr("Close"));
     if (m_pBtnOK->text() == m_strOK)
         m_pBtnOK->setText(tr("OK"));
     if (m_pBtnCancel->text() == m_strCancel)

@@ -2,15 +2,16 @@
 // base of all dialogs.
 #pragma once
 
+#include "UI/Controls/CWindowDrag.h"
+
 #include <QDialog>
 #include <QPoint>
 
 class QHBoxLayout;
 class QVBoxLayout;
-class QImageButton;
-class QPushButton;
-class QStaticLabel;
+class CDialogTitle;
 class CFrameGrips;
+class QPushButton;
 
 // How the title area looks.
 enum DialogTitleStyle {
@@ -43,7 +44,7 @@ public:
     QPushButton* GetCancelBtn() const { return m_pBtnCancel; }
     // What holds that row; hide it for a dialog without.
     QWidget* GetBottomWidget() const { return m_pBottom; }
-    QWidget* GetTitleWidget() const { return m_pTitle; }
+    QWidget* GetTitleWidget() const;
 
     // Whether the title area drags the window; true at first.
     void SetMoveable(bool bMoveable);
@@ -92,12 +93,8 @@ private:
     bool m_bBuilt = false;
     bool m_bMoveable = true;
     bool m_bChangeTitleColor = true;
-    bool m_bDragging = false;
-    QPoint m_ptPress;  // global position of the press
-    QPoint m_ptWindow; // the window's at that time
-    QWidget* m_pTitle = nullptr;
-    QStaticLabel* m_pTitleLabel = nullptr;
-    QImageButton* m_pBtnClose = nullptr;
+    CWindowDrag m_drag;
+    CDialogTitle* m_pTitle = nullptr;
     QWidget* m_pContent = nullptr;
     QWidget* m_pBottom = nullptr;
     QHBoxLayout* m_pBtnLayout = nullptr;

@@ -1,11 +1,11 @@
 #include "UI/Controls/QFolderSelectWidget.h"
 
+#include "UI/Controls/CFileDialog.h"
 #include "UI/Controls/LookTokens.h"
 #include "UI/Controls/QImageButton.h"
 #include "UI/Controls/QLineEditEx.h"
 
 #include <QEvent>
-#include <QFileDialog>
 #include <QHBoxLayout>
 
 QFolderSelectWidget::QFolderSelectWidget(QWidget* parent)
@@ -31,7 +31,7 @@ void QFolderSelectWidget::SetText(const QString& strFolder) {
 }
 
 void QFolderSelectWidget::OnBtnSelectFolder() {
-    const QString folder = QFileDialog::getExistingDirectory(this, tr("Open Directory"), m_pEdit->text());
+    const QString folder = CFileDialog::GetExistingDirectory(this, tr("Open Directory"), m_pEdit->text());
     if (!folder.isEmpty())
         m_pEdit->setText(folder);
 }

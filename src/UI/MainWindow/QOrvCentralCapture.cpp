@@ -4,6 +4,7 @@
 #include "Common/QLocalCfg.h"
 #include "Common/SleepEx.h"
 #include "Common/ToolProcess.h"
+#include "UI/Controls/CFileDialog.h"
 #include "UI/MainWindow/CameraUse.h"
 #include "UI/MainWindow/CapturePaths.h"
 #include "UI/MainWindow/QDevListWidget.h"
@@ -16,7 +17,6 @@
 #include <QDesktopServices>
 #include <QDialog>
 #include <QFile>
-#include <QFileDialog>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QScreen>
@@ -65,7 +65,7 @@ void QOrvCentralWindow::OnActionSaveImg() {
     const QString proposed = QString("%1//%2").arg(StartFolder(m_strImageFolder),
                                                    CapturePaths::Stamp(QDateTime::currentDateTime())) +
                              ".bmp";
-    QString path = QFileDialog::getSaveFileName(this, tr("Save Image"), proposed,
+    QString path = CFileDialog::GetSaveFileName(this, tr("Save Image"), proposed,
                                                 tr("Images (*.bmp);;RawData (*.raw);;Images (*.jpg)"));
     if (path.isEmpty())
         return;
@@ -132,7 +132,7 @@ void QOrvCentralWindow::StartVideo(const CCameraRef& camera) {
     const long id = m_lCurCameraID;
     const QString name = CapturePaths::Stamp(QDateTime::currentDateTime()) + ".raw";
     m_strRecordFile.clear();
-    const QString path = QFileDialog::getSaveFileName(
+    const QString path = CFileDialog::GetSaveFileName(
         this, tr("Save Record"), CapturePaths::RecordPath(StartFolder(m_strRecordFolder), name),
         tr("RawData(*.raw)"));
     // The camera may have been lost while the operator chose.
@@ -247,7 +247,7 @@ void QOrvCentralWindow::OnActionSaveGenIcamFile() {
         return;
     QString model = camera->GetCameraModelName();
     QFunction::RemoveIllegalChar(model); // the camera's own text: it must not lead to another folder
-    const QString path = QFileDialog::getSaveFileName(
+    const QString path = CFileDialog::GetSaveFileName(
         this, tr("Save GenIcam File"), QString("%1/%2.xml").arg(StartFolder(m_strImageFolder), model),
         tr("File (*.xml)"));
     if (path.isEmpty())

@@ -28,9 +28,10 @@ TEST_P(Gallery, IsShownWholeAndSharp) {
     const double factor = QString(scale).toDouble();
     EXPECT_EQ(size("buttons").height(), qRound(620 * factor));
     EXPECT_EQ(size("dialog-form"), QSize(qRound(374 * factor), qRound(206 * factor)));
-    for (const char* name : {"choices", "fields", "lists", "pictures", "colours", "message-information",
-                             "message-question", "message-warning", "message-error", "message-details",
-                             "hint-adjust", "notice-saved", "about", "main-window", "main-window-ubuntu"})
+    for (const char* name :
+         {"choices", "fields", "lists", "pictures", "colours", "message-information", "message-question",
+          "message-warning", "message-error", "message-details", "hint-adjust", "notice-saved", "about",
+          "file-save", "file-open", "file-folder", "main-window", "main-window-ubuntu"})
         EXPECT_FALSE(size(name).isEmpty()) << name;
 }
 
