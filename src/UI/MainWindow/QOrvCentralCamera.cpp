@@ -4,6 +4,7 @@
 #include "UI/Controls/QHintAdjustDlg.h"
 #include "UI/Controls/QImageButton.h"
 #include "UI/MainWindow/CameraUse.h"
+#include "UI/MainWindow/ProgramLog.h"
 #include "UI/MainWindow/QDevListWidget.h"
 #include "UI/MainWindow/QOrvCentralWindow.h"
 #include "UI/MainWindow/QOrvToolBar.h"
@@ -17,11 +18,6 @@ namespace {
 
 constexpr int kConnectAction = 21;
 constexpr int kNoFormatCode = -28;
-
-void Log(_MESSAGE_LOG_LEVEL_ level, const QString& text) {
-    if (QFunction* function = QFunction::Instance())
-        function->InsertMessageLog(level, "KOLT CAPTURE", text);
-}
 
 bool IsCameraItem(int nType) {
     return nType == QDevListWidget::ITEM_GIGE_CAMERA || nType == QDevListWidget::ITEM_USB_CAMERA;
@@ -99,10 +95,10 @@ void QOrvCentralWindow::OnOpenCamera(long lCameraID) {
     if (code != 0) {
         const QString reason = QFunction::GenerateCameraOperateError(code);
         QFunction::ShowMessage(this, tr("Connecting camera failed."), reason, QString(), MESSAGE_ERROR);
-        Log(MESSAGE_LOG_CRITICAL, tr("Connecting %1 failed.(%2)").arg(name, reason));
+        LogProgram(MESSAGE_LOG_CRITICAL, tr("Connecting %1 failed.(%2)").arg(name, reason));
         return;
     }
-    Log(MESSAGE_LOG_MESSAGE, tr("%1 connected.").arg(name));
+    LogProgram(MESSAGE_LOG_MESSAGE, tr("%1 connected.").arg(name));
     TellCameraOpen(*camera, lCameraID);
 }
 
@@ -144,10 +140,10 @@ void QOrvCentralWindow::OnCloseCamera(long lCameraID) {
     const QString name = NameOfCamera(*camera);
     const int code = camera->CloseCamera();
     if (code != 0) {
-        Log(MESSAGE_LOG_CRITICAL,
-            tr("Disconnecting %1 failed: %2").arg(name, QFunction::GenerateCameraOperateError(code)));
+        LogProgram(MESSAGE_LOG_CRITICAL,
+                   tr("Disconnecting %1 failed: %2").arg(name, QFunction::GenerateCameraOperateError(code)));
     } else {
-        Log(MESSAGE_LOG_MESSAGE, tr("%1 disconnected.").arg(name));
+        LogProgram(MESSAGE_LOG_MESSAGE, tr("%1 disconnected.").arg(name));
     }
     m_pRender->OnStopRender();
     m_pAdjustHint->hide(); // it speaks of this camera
@@ -179,7 +175,7 @@ void QOrvCentralWindow::OnActionContinousShot() {
 
 void QOrvCentralWindow::ReportStartFailure(const QString& strName, const QString& strReason) {
     QFunction::ShowMessage(this, tr("Failed to start live view."), strReason, QString(), MESSAGE_ERROR);
-    Log(MESSAGE_LOG_CRITICAL, tr("%1 failed to start live view. (%2)").arg(strName, strReason));
+    LogProgram(MESSAGE_LOG_CRITICAL, tr("%1 failed to start live view. (%2)").arg(strName, strReason));
 }
 
 bool QOrvCentralWindow::RefuseJpeg(QCamera& camera, const QString& strName) {
@@ -212,7 +208,7 @@ void QOrvCentralWindow::OnContinousShot() {
         m_pRender->OnStopRender();
         return;
     }
-    Log(MESSAGE_LOG_MESSAGE, tr("%1 started live view.").arg(name));
+    LogProgram(MESSAGE_LOG_MESSAGE, tr("%1 started live view.").arg(name));
     if (m_pFeatures)
         m_pFeatures->OnCameraStartShot();
     ChangeFeatureSettingWidget(id);
@@ -237,10 +233,10 @@ void QOrvCentralWindow::OnStopContinousShot(bool bClosing) {
     const int code = camera->StopGettingFrame();
     if (code != 0) {
         // Deliberate: the first placeholder stands twice, so the reason has no place.
-        Log(MESSAGE_LOG_CRITICAL, tr("%1 failed to stop the live view. (%1)").arg(name));
+        LogProgram(MESSAGE_LOG_CRITICAL, tr("%1 failed to stop the live view. (%1)").arg(name));
         return;
     }
-    Log(MESSAGE_LOG_MESSAGE, tr("%1 stopped the live view.").arg(name));
+    LogProgram(MESSAGE_LOG_MESSAGE, tr("%1 stopped the live view.").arg(name));
     ShowCameraState(id);
     if (!bClosing) {
         if (m_pFeatures)
@@ -279,7 +275,7 @@ void QOrvCentralWindow::OnCameraDisconnect(long lCameraID) {
     if (lCameraID == m_lCurCameraID) {
         OnCloseCamera(lCameraID);
         // Not translated.
-        Log(MESSAGE_LOG_CRITICAL, QString("\"%1\" is offline.").arg(NameOfCamera(*camera)));
+        LogProgram(MESSAGE_LOG_CRITICAL, QString("\"%1\" is offline.").arg(NameOfCamera(*camera)));
     }
     QCameraContainer::Instance()->DelCameraByID(lCameraID);
     m_pDeviceList->OnDeleteCamera(lCameraID);

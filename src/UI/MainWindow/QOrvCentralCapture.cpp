@@ -7,6 +7,7 @@
 #include "UI/Controls/CFileDialog.h"
 #include "UI/MainWindow/CameraUse.h"
 #include "UI/MainWindow/CapturePaths.h"
+#include "UI/MainWindow/ProgramLog.h"
 #include "UI/MainWindow/QDevListWidget.h"
 #include "UI/MainWindow/QOrvCentralWindow.h"
 #include "UI/MainWindow/QOrvToolBar.h"
@@ -29,11 +30,6 @@ constexpr int kAfterDisplayModeMs = 200;
 constexpr int kSaveVideo = 0;
 constexpr int kSaveSeries = 1;
 constexpr int kToolPanelFlags = 0x40800; // frameless, on top
-
-void LogError(const QString& text) {
-    if (QFunction* function = QFunction::Instance())
-        function->InsertMessageLog(MESSAGE_LOG_CRITICAL, "KOLT CAPTURE", text);
-}
 
 QString BesideProgram(const QString& file) {
     return QCoreApplication::applicationDirPath() + '/' + file;
@@ -84,7 +80,7 @@ void QOrvCentralWindow::OnActionSaveImg() {
     }
     const QString reason = QFunction::GenerateCameraOperateError(code);
     QFunction::ShowMessage(this, tr("Failed to save the captured image."), reason, QString(), MESSAGE_ERROR);
-    LogError(tr("Failed to save the captured image. (%1)").arg(reason));
+    LogProgram(MESSAGE_LOG_CRITICAL, tr("Failed to save the captured image. (%1)").arg(reason));
 }
 
 int QOrvCentralWindow::SnapTo(QCamera& camera, const QString& strPath) {
@@ -151,7 +147,7 @@ void QOrvCentralWindow::StartVideo(const CCameraRef& camera) {
             m_pRender->OnSetRecord(true, false);
             const QString reason = QFunction::GenerateCameraOperateError(code);
             QFunction::ShowMessage(this, tr("Recording failed."), reason, QString(), MESSAGE_ERROR);
-            LogError(tr("Recording failed. (%1)").arg(reason));
+            LogProgram(MESSAGE_LOG_CRITICAL, tr("Recording failed. (%1)").arg(reason));
             return;
         }
     }
@@ -255,7 +251,7 @@ void QOrvCentralWindow::OnActionSaveGenIcamFile() {
     if (camera->SaveGenIcamXml(path))
         m_strImageFolder = CapturePaths::FolderOf(path);
     else
-        LogError(tr("Failed to save the GenICam XML file. (%1)").arg(path));
+        LogProgram(MESSAGE_LOG_CRITICAL, tr("Failed to save the GenICam XML file. (%1)").arg(path));
 }
 
 void QOrvCentralWindow::OnCameraFeaturesSetting() {

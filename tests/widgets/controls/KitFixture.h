@@ -1,11 +1,11 @@
 // Widgets of the kit in the program's look, on a system that tests name.
 #pragma once
 
-#include "UI/Controls/Look.h"
 #include "UI/Controls/SystemKind.h"
+#include "support/WidgetLoop.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
+#include <QMouseEvent>
 #include <QSignalSpy>
 #include <QTest>
 #include <QWindow>
@@ -14,19 +14,8 @@
 
 namespace kit_test {
 
-inline void UseLook() {
-    static const bool once = (Look::Apply(*qApp), true);
-    (void)once;
-}
-
-// Runs the event loop until it is so, for half a minute at most.
-inline bool Eventually(const std::function<bool()>& isSo) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!isSo() && timer.elapsed() < 30000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    return isSo();
-}
+using kolt::test::Eventually;
+using kolt::test::UseLook;
 
 inline void Show(QWidget& window) {
     window.show();
@@ -39,6 +28,18 @@ inline void ShowActive(QWidget& window) {
     Show(window);
     QApplication::setActiveWindow(&window);
     ASSERT_TRUE(Eventually([&] { return window.isActiveWindow(); }));
+}
+
+// Presses at `from`, moves by `way` and releases there, without a window manager's help.
+inline void Drag(QWidget& widget, const QPoint& from, const QPoint& way,
+                 Qt::MouseButton button = Qt::LeftButton) {
+    const QPoint global = widget.mapToGlobal(from);
+    QMouseEvent press(QEvent::MouseButtonPress, from, global, button, button, Qt::NoModifier);
+    QMouseEvent move(QEvent::MouseMove, from + way, global + way, Qt::NoButton, button, Qt::NoModifier);
+    QMouseEvent release(QEvent::MouseButtonRelease, from + way, global + way, button, Qt::NoButton,
+                        Qt::NoModifier);
+    for (QMouseEvent* event : {&press, &move, &release})
+        QApplication::sendEvent(&widget, event);
 }
 
 class Kit : public testing::Test {

@@ -13,6 +13,7 @@
 #include <QPushButton>
 #include <QTimer>
 
+using kit_test::Drag;
 using kit_test::Kit;
 
 class Dialog : public Kit {
@@ -27,16 +28,6 @@ protected:
     static QPoint Title(const QDialogEx& dialog) { return dialog.GetTitleWidget()->geometry().center(); }
     static QImageButton& CloseButton(QDialogEx& dialog) {
         return *dialog.findChild<QImageButton*>("dialogClose");
-    }
-    static void Drag(QDialogEx& dialog, const QPoint& from, const QPoint& way,
-                     Qt::MouseButton button = Qt::LeftButton) {
-        const QPoint global = dialog.mapToGlobal(from);
-        QMouseEvent press(QEvent::MouseButtonPress, from, global, button, button, Qt::NoModifier);
-        QMouseEvent move(QEvent::MouseMove, from + way, global + way, Qt::NoButton, button, Qt::NoModifier);
-        QMouseEvent release(QEvent::MouseButtonRelease, from + way, global + way, button, Qt::NoButton,
-                            Qt::NoModifier);
-        for (QMouseEvent* event : {&press, &move, &release})
-            QApplication::sendEvent(&dialog, event);
     }
 };
 

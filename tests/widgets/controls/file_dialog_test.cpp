@@ -148,12 +148,7 @@ TEST_F(FileDialog, IsDraggedByItsTitle) {
     kit_test::Show(dialog);
     dialog.move(100, 80);
     ASSERT_TRUE(kit_test::Eventually([&] { return dialog.pos() == QPoint(100, 80); }));
-    const QPoint from(200, 15);
-    QTest::mousePress(&dialog, Qt::LeftButton, {}, from);
-    QMouseEvent move(QEvent::MouseMove, from, dialog.mapToGlobal(from) + QPoint(60, 30), Qt::NoButton,
-                     Qt::LeftButton, {});
-    QApplication::sendEvent(&dialog, &move);
-    QTest::mouseRelease(&dialog, Qt::LeftButton, {}, from);
+    kit_test::Drag(dialog, {200, 15}, {60, 30});
     EXPECT_EQ(dialog.pos(), QPoint(160, 110));
 }
 

@@ -32,14 +32,7 @@ protected:
     static QPoint Free(QTitleBar& bar) { return Title(*bar.window()).geometry().center(); }
 
     static void Drag(QTitleBar& bar, const QPoint& way, Qt::MouseButton button = Qt::LeftButton) {
-        const QPoint from = Free(bar);
-        const QPoint global = bar.mapToGlobal(from);
-        QMouseEvent press(QEvent::MouseButtonPress, from, global, button, button, Qt::NoModifier);
-        QMouseEvent move(QEvent::MouseMove, from + way, global + way, Qt::NoButton, button, Qt::NoModifier);
-        QMouseEvent release(QEvent::MouseButtonRelease, from + way, global + way, button, Qt::NoButton,
-                            Qt::NoModifier);
-        for (QMouseEvent* event : {&press, &move, &release})
-            QApplication::sendEvent(&bar, event);
+        kit_test::Drag(bar, Free(bar), way, button);
     }
 };
 

@@ -1,15 +1,14 @@
 // The message log in a window of its own, in the program's look.
 #pragma once
 
-#include "UI/Controls/Look.h"
 #include "UI/MainWindow/QMessageLogMngWidget.h"
 #include "UI/MainWindow/QMessageLogWidget.h"
+#include "support/WidgetLoop.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QScrollArea>
@@ -22,19 +21,8 @@ namespace log_test {
 
 const QString kSource = "KOLT CAPTURE";
 
-inline void UseLook() {
-    static const bool once = (Look::Apply(*qApp), true);
-    (void)once;
-}
-
-// Runs the event loop until it is so, for a minute at most.
-inline bool Eventually(const std::function<bool()>& isSo) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!isSo() && timer.elapsed() < 60000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    return isSo();
-}
+using kolt::test::Eventually;
+using kolt::test::UseLook;
 
 inline void RunDeferredDeletes() {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
