@@ -78,16 +78,21 @@ TEST_P(Loss, ResendBringsEveryFrameWhole) {
 }
 
 TEST_P(Loss, ResendBringsEveryFrameEvenWhenTheAnswersAreLostToo) {
-    limitFrames(60);
     lose(20, [](vcam::Faults& faults) { faults.resendsLoseToo = true; });
-    start();
-    const std::vector<Fetched> got = fetchAll(60);
-    ASSERT_EQ(got.size(), 60U);
-    for (const Fetched& frame : got) {
-        EXPECT_EQ(frame.info.frameState, 0U) << frame.info.blockId;
+    // Which answers are lost depends on the order of the requests. About three in a round are; now and then it
+    // is none.
+    for (int round = 0; camera_.GetCounters().resendsDropped == 0; ++round) {
+        ASSERT_LT(round, 20) << "the camera loses no answer at all";
+        limitFrames(60);
+        start();
+        const std::vector<Fetched> got = fetchAll(60);
+        ASSERT_EQ(got.size(), 60U);
+        for (const Fetched& frame : got) {
+            ASSERT_EQ(frame.info.frameState, 0U) << frame.info.blockId;
+        }
+        ASSERT_EQ(settled(60).lostPackets, 0U);
+        stop();
     }
-    EXPECT_GT(camera_.GetCounters().resendsDropped, 0U);
-    EXPECT_EQ(settled(60).lostPackets, 0U);
 }
 
 // Frame by frame and in sum, leaders and trailers included.
