@@ -203,6 +203,11 @@ void QRenderWidget::OnPreviewWidgetFullScreen(bool bFullScreen) {
         showMaximized();
     } else {
         SleepEx(kLeaveFullScreenMs);
+        // With a window of its own again. A window manager that comes late would take the old one out of the
+        // main window after Qt has put it there, since it gives windows that go back to the root.
+        WithCamera([](QCamera& camera) { camera.SetPlayWnd(0); });
+        hide();
+        destroy();
         setWindowFlags(Qt::Widget);
         SetPlayHwnd();
         showNormal();
