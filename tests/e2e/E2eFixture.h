@@ -82,8 +82,15 @@ protected:
     // --- where things are on the screen
     // As the X server has it; main thread.
     QPoint OnScreen(const QWidget& widget, QPoint at) const;
-    // Waits until `look`, called on the main thread, finds the same point twice.
-    QPoint SteadyPoint(const std::function<bool(QPoint&)>& look) const;
+    // A place that something can be clicked at: `top` is the window it belongs to.
+    struct Place {
+        const QWidget* top = nullptr;
+        QPoint at;
+    };
+    Place PlaceOn(const QWidget& widget, QPoint at) const;
+    // Waits until `look`, called on the main thread, finds the same point twice, and a click there would
+    // reach the window.
+    QPoint SteadyPoint(const std::function<bool(Place&)>& look) const;
     // The centre, or `at` within the widget.
     QPoint PointOf(const std::function<QWidget*()>& widget, std::optional<QPoint> at = {}) const;
     QPoint ToolPoint(int action) const;
@@ -110,6 +117,9 @@ protected:
     std::string WaitForMessage();
     // By the buttons of the open message box.
     void AnswerQuestion(bool yes);
+    // A notice of something saved with this text came, and has gone by itself. Nobody needs to be quick
+    // enough to see it: the program's events tell of it. `picture`: what is on the screen as soon as it came.
+    void ExpectNotice(const std::string& text, const std::string& picture = {});
     // The modal dialog of this class in front, once it has the keyboard.
     template<typename Dialog>
     Dialog* WaitForDialog() {
@@ -136,6 +146,11 @@ protected:
 
     QOrvCentralWindow* Central() const;
     QRenderWidget* Render() const;
+
+    // Titles of the notices that came up; belongs to the main thread.
+    class NoticeWatch;
+    std::unique_ptr<NoticeWatch> notices;
+    size_t noticesSeen = 0;
 
     kolt::test::Desktop& desktop;
     QTemporaryDir folder; // of the settings and of all files

@@ -60,7 +60,8 @@ protected:
         desktop.Move(QPoint(2, 2));
         Sight sight{area, {}};
         EXPECT_TRUE(Eventually([&] {
-            Gui([] {});
+            Gui([] { QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateRequest); });
+            Gui([] {}); // and what that painted is sent
             const QImage before = std::exchange(sight.picture, desktop.Grab(area));
             return before == sight.picture;
         }));

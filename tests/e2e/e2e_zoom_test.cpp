@@ -79,7 +79,7 @@ TEST_F(Zoom, ByWheelAboutThePointer) {
     desktop.Wheel(at, 40);
     EXPECT_TRUE(PercentBecomes([&](int now) { return now == 1600; })) << Percent();
     EXPECT_TRUE(Eventually([this] { return !ToolEnabled(QOrvToolBar::kZoomIn); }));
-    EXPECT_FALSE(Gui([this] { return window->GetAction(ACTION_ZOOM_IN)->isEnabled(); }));
+    EXPECT_TRUE(EventuallyGui([this] { return !window->GetAction(ACTION_ZOOM_IN)->isEnabled(); }));
     Screenshot("zoom-most");
 }
 
@@ -149,11 +149,13 @@ TEST_F(Zoom, DragMovesThePicture) {
     Screenshot("zoom-dragged");
     // To the edge and no further.
     const auto source = [this] { return Gui([this] { return Render()->Preview()->Zoom().Source(); }); };
-    for (int i = 0; i < 12 && (source().left > 0 || source().top > 0); ++i) {
-        const tagVRRectF before = source();
+    // The steps of one drag may still be under way when the next is made: what counts is the place before it.
+    tagVRRectF before = source();
+    for (int i = 0; i < 12 && (before.left > 0 || before.top > 0); ++i) {
         const QPoint from = centre - QPoint(300 - 20 * i, 200);
         desktop.Drag(from, from + QPoint(400, 400));
         EXPECT_TRUE(Eventually([&] { return source().left != before.left || source().top != before.top; }));
+        before = source();
     }
     EXPECT_EQ(source().left, 0);
     EXPECT_EQ(source().top, 0);

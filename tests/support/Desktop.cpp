@@ -167,6 +167,19 @@ QPoint Desktop::PositionOf(uint32_t window) const {
     return place ? QPoint(place->dst_x, place->dst_y) : QPoint();
 }
 
+bool Desktop::IsOpenAt(uint32_t window, QPoint at) const {
+    xcb_window_t found = m_screen->root;
+    while (found != XCB_WINDOW_NONE && found != window) {
+        const auto within = Own(xcb_translate_coordinates_reply(
+            m_connection,
+            xcb_translate_coordinates(m_connection, m_screen->root, found, static_cast<int16_t>(at.x()),
+                                      static_cast<int16_t>(at.y())),
+            nullptr));
+        found = within ? within->child : xcb_window_t{XCB_WINDOW_NONE};
+    }
+    return found == window;
+}
+
 QImage Desktop::Grab(QRect area) const {
     area &= QRect(QPoint(), Size());
     const auto picture = Own(xcb_get_image_reply(

@@ -66,6 +66,9 @@ public:
     // Where the server has this window. Qt may believe another place for a while, when a window manager takes
     // a window between two of its questions.
     QPoint PositionOf(uint32_t window) const;
+    // Whether a click there would reach this window or one within it: it is on the screen, and nothing covers
+    // it at that place.
+    bool IsOpenAt(uint32_t window, QPoint at) const;
     QImage Grab(QRect area) const;
     QRgb Pixel(QPoint at) const;
 
