@@ -133,7 +133,7 @@ TEST(CameraOpen, SaysThatNoCameraAnswers) {
         const Handle handle(recordOf(address));
         const auto begun = Clock::now();
         EXPECT_EQ(handle.open(), OV_STATUS_NETWORK) << address;
-        EXPECT_LT(millisecondsSince(begun), 5000);
+        EXPECT_LT(millisecondsSince(begun), 20000);
         EXPECT_EQ(OV_CC_CloseDevice(handle), OV_STATUS_CALL_ORDER);
     }
 }
@@ -204,7 +204,7 @@ TEST(CameraOpen, DestroyingAnOpenHandleGivesTheCameraBack) {
         EXPECT_TRUE(eventually([&] { return camera.IsStreaming(); }));
     }
     EXPECT_FALSE(camera.IsControlled());
-    EXPECT_FALSE(camera.IsStreaming());
+    EXPECT_TRUE(eventually([&] { return !camera.IsStreaming(); })) << "after the frame that was under way";
 }
 
 TEST(CameraDeviceInfo, IsReadFromTheLiveDeviceOpenOrNot) {

@@ -119,16 +119,15 @@ TEST_P(Stream, WaitsAsLongAsItIsToldAndNotLonger) {
     setFaults([](vcam::Faults& faults) { faults.streamSilent = true; });
     start();
     for (const std::uint32_t timeout : {0U, 1U, 20U, 100U, 400U}) {
-        // The shortest of a few, since a busy machine may hold this thread up; never early.
-        double least = 1e9;
-        for (int round = 0; round < 3; ++round) {
+        // Never early, and in time at least once: a busy machine may hold this thread up.
+        double took = 0;
+        EXPECT_TRUE(eventually([&] {
             const auto begun = Clock::now();
             EXPECT_EQ(fetch(*handle_, timeout).status, OV_STATUS_NO_DATA);
-            const double took = millisecondsSince(begun);
+            took = millisecondsSince(begun);
             EXPECT_GE(took, timeout);
-            least = std::min(least, took);
-        }
-        EXPECT_LT(least, timeout + 5);
+            return took < timeout + 5;
+        })) << took;
     }
 }
 
@@ -201,10 +200,11 @@ TEST_P(Stream, StartsAndStopsAnyNumberOfTimesAndLeavesNoThread) {
         EXPECT_EQ(frame.status, OV_STATUS_OK);
         EXPECT_EQ(frame.info.blockId, 1U) << "counts begin anew";
         stop();
-        EXPECT_FALSE(camera_.IsStreaming());
+        EXPECT_TRUE(eventually([&] { return !camera_.IsStreaming(); }));
         EXPECT_EQ(OV_CC_StopGrabbing(*handle_), OV_STATUS_CALL_ORDER);
         EXPECT_EQ(fetch(*handle_, 1000).status, OV_STATUS_CALL_ORDER) << "at once";
-        EXPECT_EQ(threadCount(), threads);
+        // A thread leaves /proc a moment after it was joined.
+        EXPECT_TRUE(eventually([&] { return threadCount() == threads; })) << threadCount();
         EXPECT_EQ(descriptorCount(), descriptors) << "in round " << round;
         EXPECT_GE(handle_->statistics().completeFrames, 1U) << "the numbers stay after the stop";
     }
