@@ -30,8 +30,8 @@ class RoundTimes {
 public:
     void Begin() { m_begun = std::chrono::steady_clock::now(); }
     void End() { m_times.push_back(std::chrono::steady_clock::now() - m_begun); }
-    // The median of the last fifth isn't far beyond that of the first: each round doesn't leave something
-    // behind that the next ones carry along. Generous, since other programs come and go meanwhile.
+    // The shortest of the last fifth isn't far beyond the median of the first: each round doesn't leave
+    // something behind that the next ones carry along. Generous, since other programs come and go meanwhile.
     void ExpectNoGrowth() const;
 
 private:

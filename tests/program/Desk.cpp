@@ -117,7 +117,7 @@ void Desk::Open() {
     window->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     for (const Camera& camera : cameras)
-        ASSERT_TRUE(WaitFor([&] { return ItemOf(camera) != nullptr; })) << camera.config.userName;
+        ASSERT_TRUE(LookUntil([&] { return ItemOf(camera) != nullptr; })) << camera.config.userName;
 }
 
 long Desk::IdOf(const Camera& camera) {
@@ -160,6 +160,17 @@ void Desk::Click(int action) {
 
 bool Desk::Enabled(int action) const {
     return Central().ToolBar()->button(action)->isEnabled();
+}
+
+bool Desk::LookUntil(const std::function<bool()>& condition) {
+    QDevListWidget& devices = *Central().DeviceList();
+    return WaitFor([&] {
+        if (condition())
+            return true;
+        if (!devices.IsDetecting())
+            QTest::mouseClick(devices.findChild<QImageButton*>("devices_refresh"), Qt::LeftButton);
+        return false;
+    });
 }
 
 void Desk::Refresh() {

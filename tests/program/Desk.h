@@ -73,6 +73,8 @@ protected:
     void Click(int action); // a button of the tool bar
     bool Enabled(int action) const;
     void Refresh(); // a whole detection round
+    // Looks for cameras until it is true: on a busy machine an answer may come too late for one round.
+    bool LookUntil(const std::function<bool()>& condition);
     QOrvCentralWindow& Central() const { return *window->CentralWindow(); }
 
     QTemporaryDir folder;

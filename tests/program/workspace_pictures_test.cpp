@@ -63,7 +63,7 @@ protected:
 
     void OpenWith(int count) {
         ASSERT_NO_FATAL_FAILURE(Open());
-        ASSERT_TRUE(WaitFor([&] { return CameraItems() == count; }));
+        ASSERT_TRUE(LookUntil([&] { return CameraItems() == count; }));
         ASSERT_TRUE(WaitFor([&] { return !Central().DeviceList()->IsDetecting(); }));
     }
 

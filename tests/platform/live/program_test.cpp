@@ -4,6 +4,7 @@
 #include "CameraRecord.h"
 #include "support/Places.h"
 
+#include <algorithm>
 #include <csignal>
 #include <regex>
 #include <sstream>
@@ -83,18 +84,27 @@ TEST_F(Program, FetchesAsManyFramesAsWanted) {
 
 TEST_F(Program, SaysTheFiguresEverySecond) {
     StartCamera(Colour());
-    const Finished finished = Run({"--headless", "110"}); // 2.2 seconds
+    const Finished finished = Run({"--headless", "210"}); // 4.2 seconds
     const std::regex line(
-        R"(\n {4}[12]\.\d s  frames \d+  (\d+)\.\d+ fps  (\d+)\.\d MB/s  shown 0\.0 fps  lost 0  )"
+        R"(\n {4}\d\.\d s  frames \d+  (\d+)\.\d+ fps  (\d+)\.\d MB/s  shown 0\.0 fps  lost 0  )"
         R"(resent 0  errors 0  no buffer 0  CPU \d+\.\d %)");
-    auto match = std::sregex_iterator(finished.output.begin(), finished.output.end(), line);
-    ASSERT_EQ(std::distance(match, std::sregex_iterator()), 2) << finished.output;
-    // The second full second: 50 frames of 307200 bytes; a slow machine may bring fewer.
-    ++match;
-    EXPECT_LE(std::stoi((*match)[1]), 60);
-    EXPECT_GT(std::stoi((*match)[1]), 5);
-    EXPECT_LE(std::stoi((*match)[2]), 20);
-    EXPECT_GT(std::stoi((*match)[2]), 1);
+    int lines = 0;
+    int least = 1000;
+    int most = 0;
+    for (auto match = std::sregex_iterator(finished.output.begin(), finished.output.end(), line);
+         match != std::sregex_iterator(); ++match, ++lines) {
+        const int frames = std::stoi((*match)[1]);
+        least = std::min(least, frames);
+        most = std::max(most, frames);
+        // Frames of 307200 bytes.
+        EXPECT_NEAR(std::stoi((*match)[2]), frames * 0.3072, 2) << finished.output;
+    }
+    // Four of them; a busy machine may hold one up for more than a second.
+    EXPECT_GE(lines, 2) << finished.output;
+    EXPECT_LE(lines, 6) << finished.output;
+    // 50 frames a second; where one has fewer, those that waited come in the next.
+    EXPECT_LE(least, 60);
+    EXPECT_GT(most, 5);
 }
 
 TEST_F(Program, FewerFramesThanWantedIsAFailure) {
@@ -107,7 +117,7 @@ TEST_F(Program, FewerFramesThanWantedIsAFailure) {
                 AllOf(HasSubstr("only 0 of 50 frames came"), HasSubstr("hint: is the camera waiting "
                                                                        "for a trigger")));
     camera->SetFaults({});
-    const Finished few = Run({"--headless", "1000000", "--seconds", "1"});
+    const Finished few = Run({"--headless", "1000000", "--seconds", "3"});
     EXPECT_EQ(few.exitCode, 5);
     EXPECT_THAT(few.output, AllOf(HasSubstr(" of 1000000 frames came"), Not(HasSubstr("trigger"))));
 }
@@ -282,7 +292,7 @@ TEST_F(Program, EndsBySignalAndGivesTheCameraBack) {
         EXPECT_EQ(live->waitForExit(), 0) << number;
         EXPECT_THAT(live->output(), HasSubstr("in all "));
         EXPECT_FALSE(camera->IsControlled());
-        EXPECT_FALSE(camera->IsStreaming());
+        EXPECT_TRUE(Eventually([this] { return !camera->IsStreaming(); })) << "after the frame under way";
     }
 }
 

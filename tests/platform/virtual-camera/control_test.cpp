@@ -238,15 +238,16 @@ TEST_F(VirtualCameraControl, SecondClientIsRefused) {
 TEST_F(VirtualCameraControl, HeartbeatKeepsAndSilenceLosesControl) {
     RawClient client(camera->Address());
     ASSERT_EQ(client.TakeControl(), kOk);
-    ASSERT_EQ(client.WriteRegisters({{kHeartbeat, 500}, {0x0D18, Ip("127.0.0.1")}, {0x0D00, 9}}).status, kOk);
+    ASSERT_EQ(client.WriteRegisters({{kHeartbeat, 2000}, {0x0D18, Ip("127.0.0.1")}, {0x0D00, 9}}).status,
+              kOk);
     ASSERT_EQ(client.Write(vcam::feature::kTLParamsLocked, 1), kOk);
     for (int i = 0; i < 8; ++i) { // longer in sum than the time-out
-        std::this_thread::sleep_for(milliseconds(100));
+        std::this_thread::sleep_for(milliseconds(300));
         EXPECT_EQ(client.Read(kCcp), 2u);
     }
     const auto start = Clock::now();
     EXPECT_TRUE(Eventually([&] { return !camera->IsControlled(); }));
-    EXPECT_GE(Clock::now() - start, milliseconds(450));
+    EXPECT_GE(Clock::now() - start, milliseconds(1950));
     EXPECT_EQ(client.Read(kCcp), 0u);
     EXPECT_EQ(client.Read(0x0D00), 0u) << "the stream channel is closed";
     EXPECT_EQ(client.Read(vcam::feature::kTLParamsLocked), 0u);
@@ -288,26 +289,32 @@ TEST_F(VirtualCameraControl, SlowAnswersAreAnnounced) {
     EXPECT_GE(Clock::now() - start, milliseconds(300));
     EXPECT_EQ(client.Pendings(), 1u);
     EXPECT_EQ(camera->GetCounters().pendingAnswers, 1u);
-    const auto beforeDiscovery = Clock::now();
-    EXPECT_EQ(client.Ask(0x0002, {}).status, kOk);
-    EXPECT_LT(Clock::now() - beforeDiscovery, milliseconds(290)) << "discovery is not slow";
+    EXPECT_TRUE(Eventually([&] { // a busy machine may hold one up
+        const auto asked = Clock::now();
+        EXPECT_EQ(client.Ask(0x0002, {}).status, kOk);
+        return Clock::now() - asked < milliseconds(290);
+    })) << "discovery is not slow";
 }
 
 TEST_F(VirtualCameraControl, PendingAnswerTellsATimeThatIsEnough) {
     RawClient client(camera->Address());
-    ChangeFaults([](Faults& faults) { faults.answerDelayMs = 200; });
+    ChangeFaults([](Faults& faults) { faults.answerDelayMs = 1500; });
     client.Send(RawClient::Command(0x0080, Words({kCcp}), 9));
     const auto pending = client.Receive(milliseconds(3000));
     ASSERT_TRUE(pending);
     EXPECT_EQ(pending->code, 0x0089);
     EXPECT_EQ(pending->id, 9);
     ASSERT_EQ(pending->payload.size(), 4u);
-    EXPECT_GE(Be16(pending->payload, 2), 200);
+    EXPECT_GE(Be16(pending->payload, 2), 1500);
     // A repeated command is not executed twice, only announced again.
     client.Send(RawClient::Command(0x0080, Words({kCcp}), 9));
-    EXPECT_EQ(client.Receive(milliseconds(3000))->code, 0x0089);
-    EXPECT_EQ(client.Receive(milliseconds(3000))->code, 0x0081);
-    EXPECT_FALSE(client.Receive(milliseconds(350)));
+    const auto again = client.Receive(milliseconds(10000));
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->code, 0x0089);
+    const auto answer = client.Receive(milliseconds(10000));
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->code, 0x0081);
+    EXPECT_FALSE(client.Receive(milliseconds(1800)));
 }
 
 TEST_F(VirtualCameraControl, SlowAnswersWithoutAnnouncement) {
@@ -439,8 +446,11 @@ TEST_F(VirtualCameraControl, TimestampIsLatchedAndReset) {
     const uint64_t second = latched();
     EXPECT_GT(first, 30000000u);
     EXPECT_GT(second, first);
+    const auto reset = Clock::now();
     EXPECT_EQ(client.Write(0x0944, 1), kOk);
-    EXPECT_LT(latched(), first + 10000000u);
+    const uint64_t third = latched();
+    EXPECT_LE(third, static_cast<uint64_t>(
+                         std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - reset).count()));
 }
 
 TEST_F(VirtualCameraControl, TemperatureWanders) {

@@ -45,10 +45,10 @@ TEST(VirtualCameraProgram, EndsAtSigtermToo) {
 }
 
 TEST(VirtualCameraProgram, DiesOnTime) {
-    ChildProcess program({kProgram, "--address", LoopbackAddress(0), "--silent-after", "0.5"});
+    ChildProcess program({kProgram, "--address", LoopbackAddress(0), "--silent-after", "3"});
     ASSERT_TRUE(program.waitForOutput("ready"));
     RawClient client(LoopbackAddress(0));
-    EXPECT_TRUE(client.Ask(0x0002, {}, 1, milliseconds(400)).Came());
+    EXPECT_TRUE(client.Ask(0x0002, {}, 1, milliseconds(3000)).Came());
     EXPECT_TRUE(Eventually([&client] { return !client.Ask(0x0002, {}, 1, milliseconds(100)).Came(); }));
     program.signal(SIGINT);
     EXPECT_EQ(program.waitForExit(), 0) << "the program itself is alive";

@@ -61,7 +61,7 @@ public:
 
     // Command with a fresh id, and its answer; PENDING_ACKs are counted and waited through.
     Answer Ask(uint16_t code, const Bytes& payload, uint8_t flags = 0x01,
-               milliseconds timeout = milliseconds(3000));
+               milliseconds timeout = milliseconds(10000));
     Answer ReadRegisters(const std::vector<uint32_t>& addresses);
     Answer WriteRegisters(const std::vector<std::pair<uint32_t, uint32_t>>& writes);
     Answer ReadMemory(uint32_t address, uint16_t count);

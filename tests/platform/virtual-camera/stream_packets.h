@@ -17,7 +17,7 @@ using vcam::Config;
 using vcam::VirtualCamera;
 namespace feature = vcam::feature;
 
-constexpr auto kQuiet = milliseconds(400);
+constexpr auto kQuiet = milliseconds(10000); // longer than any machine is busy
 constexpr uint32_t kMultiFrame = 2;
 constexpr uint32_t kPayloadOf1500 = 1500 - 36;
 
