@@ -79,8 +79,8 @@ TEST_P(Loss, ResendBringsEveryFrameWhole) {
 
 TEST_P(Loss, ResendBringsEveryFrameEvenWhenTheAnswersAreLostToo) {
     lose(20, [](vcam::Faults& faults) { faults.resendsLoseToo = true; });
-    // Which answers are lost depends on the order of the requests. About three in a round are; now and then it
-    // is none.
+    // Which answers are lost depends on the order of the requests. About three in a round are; now and then
+    // it is none.
     for (int round = 0; camera_.GetCounters().resendsDropped == 0; ++round) {
         ASSERT_LT(round, 20) << "the camera loses no answer at all";
         limitFrames(60);
