@@ -548,7 +548,9 @@ TEST_F(Soak, TheWorkspaceStaysTrueToItsCameras) {
     std::vector<Footprint> rests;
     double said = -1;
     std::printf("%8s %7s %10s %12s %8s\n", "minutes", "steps", "MiB", "descriptors", "threads");
-    while ((Clock::now() - start < length || rests.size() < 3) && !HasFailure()) {
+    // A short walk goes on until it has met what it is about.
+    const auto met = [this] { return totals.recordings > 0 && totals.pullsOfOpen > 0; };
+    while ((Clock::now() - start < length || rests.size() < 3 || !met()) && !HasFailure()) {
         for (int i = 0; i < kStepsBetweenRests && !HasFailure(); ++i)
             Step();
         if (HasFailure())
