@@ -25,6 +25,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTextEdit>
+#include <QThread>
 #include <QTreeWidget>
 #include <chrono>
 #include <cmath>
@@ -94,10 +95,12 @@ bool EventuallyGui(const std::function<bool()>& isSo) {
 
 // --- program and cameras
 
-// A notice stays for two seconds, which a person's thread on a busy machine may sleep through.
+// A notice stays for two seconds, which a person's thread on a busy machine may sleep through. And what a
+// click does to a text field can't be seen.
 class E2e::NoticeWatch : public QObject {
 public:
     QStringList titles;
+    int releases = 0; // of a button of the mouse, as they reach a window
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override {
@@ -105,6 +108,7 @@ protected:
             if (const auto* const notice = qobject_cast<QSaveDoneHintDlg*>(object))
                 titles << notice->windowTitle();
         }
+        releases += event->type() == QEvent::MouseButtonRelease && object->isWindowType() ? 1 : 0;
         return false;
     }
 };
@@ -184,7 +188,9 @@ void E2e::EndProgram() {
             popup->close();
         if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
             dialog->done(1);
-        return !QApplication::activeModalWidget() && !QApplication::activePopupWidget();
+        // And what showed them has come to its end.
+        return !QApplication::activeModalWidget() && !QApplication::activePopupWidget() &&
+               QThread::currentThread()->loopLevel() == 1;
     }));
     Gui([this] {
         Central()->close();
@@ -295,6 +301,13 @@ QPoint E2e::PicturePoint(double x, double y) const {
 
 void E2e::ClickOn(const std::function<QWidget*()>& widget) {
     desktop.Click(PointOf(widget));
+}
+
+void E2e::ClickInto(const std::function<QWidget*()>& field) {
+    const QPoint at = PointOf(field);
+    const int before = Gui([this] { return notices->releases; });
+    desktop.Click(at);
+    ASSERT_TRUE(EventuallyGui([&] { return notices->releases > before && field()->hasFocus(); }));
 }
 
 void E2e::ClickTool(int action) {

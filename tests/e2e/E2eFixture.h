@@ -106,6 +106,9 @@ protected:
     // By the pointer, through the title bar. Adds the places that were clicked to `way`.
     void ChooseMenu(_MAIN_MENU_ menu, int action, std::vector<QPoint>* way = nullptr);
     void ClickOn(const std::function<QWidget*()>& widget);
+    // The same where keys follow: a window manager may look at a click before it hands it on, and they would
+    // overtake it.
+    void ClickInto(const std::function<QWidget*()>& field);
     // The first camera connected by a double click.
     void Connect(size_t number = 0);
     void StartLive();

@@ -131,10 +131,9 @@ TEST_F(Trouble, AnUnreachableCameraGetsAnAddress) {
     DoubleClickItem(unreachable);
     dialog = WaitForDialog<QForceIPWidget>();
     ASSERT_TRUE(dialog);
-    ClickOn([dialog]() -> QWidget* { return dialog->findChild<QLineEdit*>(); });
+    ASSERT_NO_FATAL_FAILURE(ClickInto([dialog]() -> QWidget* { return dialog->findChild<QLineEdit*>(); }));
     // Keys go to the window that the window manager has made the active one.
-    ASSERT_TRUE(EventuallyGui(
-        [dialog] { return dialog->isActiveWindow() && dialog->findChild<QLineEdit*>()->hasFocus(); }));
+    ASSERT_TRUE(EventuallyGui([dialog] { return dialog->isActiveWindow(); }));
     desktop.Tap(kolt::test::Desktop::kControl, 'a');
     desktop.Type("10.1.0.77");
     EXPECT_TRUE(EventuallyGui([dialog] { return dialog->findChild<QLineEdit*>()->text() == "10.1.0.77"; }));

@@ -34,6 +34,8 @@ public:
         return std::chrono::duration<double, std::milli>(end - begun.at).count() - (lost() - begun.lost);
     }
 
+    double lostSince(const Moment& begun) const { return lost() - begun.lost; }
+
 private:
     static constexpr std::int64_t kTurn = 5'000'000; // nanoseconds
 
