@@ -422,6 +422,7 @@ private:
     std::mutex m_encodeMutex; // guards the encode buffer, from encoding to the end of writing
     std::unique_ptr<uint8_t[]> m_pEncodeBuffer;
     uint32_t m_nEncodeBufferSize = 0;
+    uint32_t m_nEncodeUsed = 0;                 // bytes at its front that may not be zero
     std::shared_ptr<QFrameBufManager> m_pQueue; // set while no grab or save thread runs
 
     // Rates.

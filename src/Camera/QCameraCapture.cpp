@@ -119,12 +119,15 @@ int QCamera::EncodeSaveBuffer(int type, uint32_t& length) {
     if (needed > UINT32_MAX)
         return -2;
     if (!m_pEncodeBuffer || m_nEncodeBufferSize < needed) {
-        m_pEncodeBuffer.reset(new (std::nothrow) uint8_t[needed]);
+        m_pEncodeBuffer.reset(new (std::nothrow) uint8_t[needed]());
         m_nEncodeBufferSize = m_pEncodeBuffer ? static_cast<uint32_t>(needed) : 0;
+        m_nEncodeUsed = 0;
         if (!m_pEncodeBuffer)
             return -2;
     }
-    std::memset(m_pEncodeBuffer.get(), 0, m_nEncodeBufferSize);
+    // The encoder gets it clear; only what the last picture took isn't.
+    std::memset(m_pEncodeBuffer.get(), 0, m_nEncodeUsed);
+    m_nEncodeUsed = m_nEncodeBufferSize;
     QLocalCfg* cfg = QLocalCfg::Instance();
     _OV_IMAGE_INFO_ record{};
     record.sourceType = GetConvertPixelFormat(m_pixelType);
@@ -144,6 +147,8 @@ int QCamera::EncodeSaveBuffer(int type, uint32_t& length) {
         status = OV_MP_SaveImage(m_pMedia, &record);
     }
     length = std::min(record.outputLength, m_nEncodeBufferSize);
+    if (status == OV_STATUS_OK)
+        m_nEncodeUsed = length;
     // deliberate: not mapped, the library's status comes back as it is.
     return static_cast<int>(status);
 }

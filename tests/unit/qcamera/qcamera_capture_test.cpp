@@ -1,6 +1,7 @@
 #include "QCameraFixture.h"
 
 #include <QDirIterator>
+#include <algorithm>
 #include <cstring>
 #include <sys/stat.h>
 
@@ -138,6 +139,31 @@ TEST_F(Capture, WithoutMemoryForTheEncoder) {
     EXPECT_EQ(doubles.CountOf("OV_MP_SaveImage"), 0);
     support::FailAllocations({});
     EXPECT_EQ(Snap(Path("a.bmp"), 0), 0);
+}
+
+TEST_F(Capture, TheEncoderGetsAClearBufferEachTime) {
+    Hold();
+    bool clear = true;
+    const auto look = [&] {
+        const _OV_IMAGE_INFO_ record = doubles.LastImage();
+        clear = clear && std::all_of(record.output, record.output + record.outputCapacity,
+                                     [](uint8_t byte) { return byte == 0; });
+    };
+    doubles.OnCall("OV_MP_SaveImage", look);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(Snap(Path("a.bmp"), 0), 0);
+    EXPECT_TRUE(clear) << "after a picture";
+    doubles.SetResult("OV_MP_SaveImage", 0x80000002);
+    doubles.OnCall("OV_MP_SaveImage", [&] {
+        const _OV_IMAGE_INFO_ record = doubles.LastImage();
+        std::memset(record.output, 0x55, record.outputCapacity);
+    });
+    EXPECT_NE(Snap(Path("a.bmp"), 0), 0);
+    doubles.SetResult("OV_MP_SaveImage", 0);
+    doubles.OnCall("OV_MP_SaveImage", look);
+    EXPECT_EQ(Snap(Path("a.bmp"), 0), 0);
+    EXPECT_TRUE(clear) << "after an encoder that gave up half-way";
+    doubles.OnCall("OV_MP_SaveImage", {});
 }
 
 TEST_F(Capture, AJpegOfTheCameraIsSavedAsItCame) {
