@@ -3,7 +3,9 @@
 #include "eventually.h"
 #include "stream_packets.h"
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -64,9 +66,13 @@ TEST_F(VirtualCameraStreamPackets, LostHeartbeatClosesTheStream) {
 TEST_F(VirtualCameraStreamPackets, FramesComeAtTheRateSet) {
     Start([](Config& config) { config.frameRate = 50; });
     Take(26);
-    const uint64_t first = Be64(receiver.frames[1].leader, 12);
-    const uint64_t last = Be64(receiver.frames[26].leader, 12);
-    EXPECT_NEAR(double(last - first) / 25e6, 20.0, 1.0) << "milliseconds between two frames";
+    std::vector<double> gaps; // milliseconds
+    for (uint16_t i = 2; i <= 26; ++i)
+        gaps.push_back(double(Be64(receiver.frames[i].leader, 12) - Be64(receiver.frames[i - 1].leader, 12)) /
+                       1e6);
+    // The median: a camera that was held up is late with some frames.
+    std::nth_element(gaps.begin(), gaps.begin() + 12, gaps.end());
+    EXPECT_NEAR(gaps[12], 20.0, 1.0);
 }
 
 TEST_F(VirtualCameraStreamPackets, PauseBetweenPacketsIsKept) {
